@@ -1,0 +1,29 @@
+// Removes a file that is being made when the process is told to stop.
+//
+// While an archive is written, its temporary file stands beside it. An interrupt, a termination
+// request or a lost terminal must not leave it there: the guard notes the name, and the signal
+// handlers remove the file before the process dies of the signal as it would have done anyway.
+#pragma once
+
+namespace platform {
+
+// Puts the handlers for SIGINT, SIGTERM and SIGHUP in place. A signal that is ignored (as under
+// nohup) stays ignored. Called once by the tool at its start.
+void installTemporaryFileCleanup();
+
+// Creates a file exclusively, with the host's default permissions, and guards it in the same step:
+// a signal finds either no file or a guarded one. The result is a descriptor for writing, or -1
+// with errno set. One file at a time can be guarded; name must live until the guard ends.
+int createGuardedFile(const char* name);
+
+// Gives the guarded file its final name, in one step even where a file of that name stands, and
+// ends the guard. False leaves errno, the file and the guard.
+bool renameGuardedFile(const char* finalName);
+
+// Removes the guarded file, if there is one, and ends the guard.
+void removeGuardedFile();
+
+// Ends the guard and leaves the file where it is.
+void releaseGuardedFile();
+
+} // namespace platform
