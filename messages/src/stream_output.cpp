@@ -1,0 +1,47 @@
+#include "messages/src/stream_output.h"
+
+#include "messages/src/message_state.h"
+
+namespace messages {
+
+std::FILE* outputStream() {
+    std::FILE* stream = messageState().stream;
+    return stream != nullptr ? stream : stderr;
+}
+
+void beginOutput(std::FILE* stream) {
+    if (stream != stdout) {
+        flushStream(stdout);
+    }
+}
+
+void endOutput(std::FILE* stream) {
+    if (stream != stdout || messageState().standardOutputIsTerminal) {
+        flushStream(stream);
+    }
+}
+
+int64_t writeBytes(std::FILE* stream, const char* bytes, uint64_t length) {
+    if (length == 0) {
+        return 0;
+    }
+    if (std::fwrite(bytes, 1, length, stream) != length) {
+        messageState().outputLost = true;
+        return -1;
+    }
+    return static_cast<int64_t>(length);
+}
+
+void flushStream(std::FILE* stream) {
+    if (stream != nullptr && std::fflush(stream) != 0) {
+        messageState().outputLost = true;
+    }
+}
+
+void closeStream(std::FILE* stream) {
+    if (std::fclose(stream) != 0) {
+        messageState().outputLost = true;
+    }
+}
+
+} // namespace messages
