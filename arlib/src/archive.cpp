@@ -1,0 +1,357 @@
+#include "arlib/interface/archive.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <new>
+#include <vector>
+
+#include "arlib/interface/archive_format.h"
+#include "arlib/interface/contents_location.h"
+#include "arlib/interface/symbol.h"
+#include "arlib/src/contents_source.h"
+#include "arlib/src/member_index.h"
+#include "platform/interface/input_file.h"
+#include "platform/interface/internal_check.h"
+#include "platform/interface/path_name.h"
+
+namespace arlib {
+
+Archive::Archive()
+    : m_ObjectRegion(1024, "arlib::Archive::ObjectRegion"),
+      m_ContainerRegion(1024, "arlib::Archive::ContainerRegion"),
+      m_ArchiveMembers(m_ContainerRegion.get()), m_Symbols(m_ContainerRegion.get()),
+      m_SortedSymbols(m_ContainerRegion.get()), m_Sources(std::make_unique<ContentsSources>()) {}
+
+Archive::~Archive() {
+    clear();
+}
+
+void Archive::requireWritable() const {
+    TOMEX_CHECK_TEXT(!m_ReadOnly, "!isReadOnly()");
+}
+
+const char* Archive::copyName(const char* name) {
+    return alloclib::copyString(*m_ObjectRegion.get(), name);
+}
+
+void Archive::setFileName(const char* fileName) {
+    m_ReadOnly = false;
+    if (fileName == nullptr) {
+        m_FileName = nullptr;
+    } else if (m_FileName == nullptr || std::strcmp(m_FileName, fileName) != 0) {
+        m_FileName = copyName(fileName);
+    }
+}
+
+void Archive::setSymbolTableMode(SymbolTableMode mode) {
+    requireWritable();
+    m_SymbolTableMode = mode;
+}
+
+void Archive::markSymbolTableStale() {
+    requireWritable();
+    m_SymbolTableUpToDate = false;
+}
+
+void Archive::setLibraryAttributes(const attributes::FullAttr& libraryAttributes) {
+    m_HasLibraryAttributes = true;
+    m_LibraryAttributes = libraryAttributes;
+    m_SymbolTableUpToDate = false;
+}
+
+void Archive::clear() {
+    for (ArchiveMember* member : m_ArchiveMembers) {
+        member->~ArchiveMember();
+    }
+    m_MemberIndex.reset();
+    m_ArchiveMembers.clear();
+    m_Symbols.clear();
+    m_SortedSymbols.clear();
+    m_FileNameTable = nullptr;
+    m_SymbolTable = nullptr;
+    m_SortedSymbolsUpToDate = true;
+    m_ArchiveMemberOffsetsUpToDate = true;
+    m_FileNameTableUpToDate = true;
+    m_SymbolTableUpToDate = true;
+    m_Sources->closeAll();
+}
+
+uint32_t Archive::getIndex(const ArchiveMember* member) const {
+    // From the end: the member asked for is most often the one that was added last.
+    for (uint32_t i = m_ArchiveMembers.getSize(); i-- > 0;) {
+        if (m_ArchiveMembers[i] == member) {
+            return i;
+        }
+    }
+    return notThere;
+}
+
+uint32_t Archive::getSymbolIndex(const Symbol* symbol) const {
+    const auto* const found = std::find(m_Symbols.begin(), m_Symbols.end(), symbol);
+    return found == m_Symbols.end() ? notThere
+                                    : static_cast<uint32_t>(found - m_Symbols.begin());
+}
+
+void Archive::markTablesStale() {
+    m_FileNameTableUpToDate = false;
+    m_SymbolTableUpToDate = false;
+}
+
+void Archive::shiftMember(uint32_t oldIndex, uint32_t newIndex) {
+    ArchiveMember** members = m_ArchiveMembers.begin();
+    if (oldIndex < newIndex) {
+        std::rotate(members + oldIndex, members + oldIndex + 1, members + newIndex + 1);
+    } else {
+        std::rotate(members + newIndex, members + oldIndex, members + oldIndex + 1);
+    }
+}
+
+void Archive::moveMember(ArchiveMember* member, uint32_t newIndex) {
+    requireWritable();
+    TOMEX_CHECK_TEXT(member != nullptr, "member != NULL");
+    const uint32_t count = m_ArchiveMembers.getSize();
+    TOMEX_CHECK(newIndex <= count);
+    const uint32_t oldIndex = getIndex(member);
+    TOMEX_CHECK(oldIndex < count);
+    newIndex = std::min(newIndex, count - 1);
+    if (newIndex == oldIndex) {
+        return;
+    }
+    shiftMember(oldIndex, newIndex);
+    reorderInIndex(member, newIndex);
+    markTablesStale();
+}
+
+ArchiveMember* Archive::appendMember(const char* name) {
+    void* memory = m_ObjectRegion.get()->Alloc(sizeof(ArchiveMember), alignof(ArchiveMember),
+                                         "arlib::ArchiveMember");
+    auto* member = new (memory) ArchiveMember(this, copyName(name));
+    m_ArchiveMembers.add(member);
+    addToIndex(member);
+    return member;
+}
+
+ArchiveMember* Archive::addMember(const char* name, int64_t date, int32_t uid, int32_t gid,
+                                  uint32_t mode) {
+    TOMEX_CHECK_TEXT(name != nullptr, "name != NULL");
+    requireWritable();
+    ArchiveMember* member = appendMember(name);
+    member->m_Date = date;
+    member->m_Uid = uid;
+    member->m_Gid = gid;
+    member->m_Mode = mode;
+    member->m_Contents = std::make_unique<MemberContents>();
+    member->m_Type = ArchiveMemberType::computeType(*member);
+    markTablesStale();
+    return member;
+}
+
+std::shared_ptr<SourceFile> Archive::acceptFile(const char* fileName,
+                                                const platform::FileStatus& status, int error) {
+    const bool isGood = status.kind != platform::FileKind_None && status.date >= 0 &&
+                        status.size >= 0 && status.uid >= 0 && status.gid >= 0 &&
+                        status.mode != 0;
+    if (!isGood) {
+        if (m_ErrorHandler != nullptr) {
+            m_ErrorHandler->readError(this, fileName, error);
+        }
+        return nullptr;
+    }
+    auto source = std::make_shared<SourceFile>();
+    source->name = fileName;
+    source->status = status;
+    return source;
+}
+
+namespace {
+
+// Why a file that was found has no size of its own: it cannot be read at an offset.
+int errorOfStatus(const platform::FileStatus& status, int error) {
+    const bool hasNoSize = status.kind != platform::FileKind_None && status.size < 0;
+    return hasNoSize && error == 0 ? ESPIPE : error;
+}
+
+} // namespace
+
+Archive::SourceFilePointer Archive::describeFile(const char* fileName) {
+    TOMEX_CHECK_TEXT(fileName != nullptr, "fileName != NULL");
+    errno = 0;
+    const platform::FileStatus status = platform::queryFile(fileName);
+    const int error = status.kind == platform::FileKind_None ? errno : 0;
+    return acceptFile(fileName, status, errorOfStatus(status, error));
+}
+
+Archive::SourceFilePointer Archive::describeFile(const char* fileName,
+                                                 const platform::FileProbe& probe) {
+    const int error = errorOfStatus(probe.status, probe.exists ? 0 : probe.error);
+    std::shared_ptr<SourceFile> source = acceptFile(fileName, probe.status, error);
+    const size_t size = probe.head.size();
+    const bool isWhole = source && probe.status.isRegular && size != 0 &&
+                         size == static_cast<uint64_t>(probe.status.size);
+    if (isWhole && size <= KeptBytes::largestFile &&
+        m_KeptByteCount + size <= KeptBytes::largestSum) {
+        m_KeptByteCount += size;
+        auto* bytes = static_cast<uint8_t*>(alloclib::allocate(*m_ObjectRegion.get(), size, 1));
+        std::memcpy(bytes, probe.head.data(), size);
+        source->keptBytes = bytes;
+    }
+    return source;
+}
+
+size_t Archive::getProbeSize() const {
+    constexpr size_t recognisable = 64;
+    static_assert(largestProbeSize == KeptBytes::largestFile);
+    return m_KeptByteCount < KeptBytes::largestSum ? largestProbeSize : recognisable;
+}
+
+// Tests a stretch against its file, and cuts it if the handler says to go on.
+bool Archive::acceptRegion(const char* memberName, FileRegion& region) {
+    const auto fileSize = static_cast<uint64_t>(region.source->status.size);
+    const bool isInside = region.offset <= fileSize && region.size <= fileSize - region.offset;
+    if (!isInside) {
+        const bool goesOn =
+            m_ErrorHandler != nullptr &&
+            m_ErrorHandler->regionBeyondFile(this, memberName, region.source->name.c_str(),
+                                             region.offset, region.size, fileSize);
+        if (!goesOn) {
+            return false;
+        }
+        region.offset = std::min(region.offset, fileSize);
+        region.size = std::min(region.size, fileSize - region.offset);
+    }
+    if (region.size >= archiveSizeLimit) {
+        if (m_ErrorHandler != nullptr) {
+            m_ErrorHandler->writeError(this, region.source->name.c_str(), EFBIG);
+        }
+        return false;
+    }
+    return true;
+}
+
+void ArchiveMember::takeRegion(std::shared_ptr<const SourceFile> source, uint64_t offset,
+                               uint32_t size) {
+    const platform::FileStatus& status = source->status;
+    m_Contents.reset();
+    m_Date = status.date;
+    m_Uid = static_cast<int32_t>(status.uid);
+    m_Gid = static_cast<int32_t>(status.gid);
+    m_Mode = status.mode;
+    m_Size = size;
+    m_ContentsLocation =
+        std::make_unique<ContentsLocation>(this, std::move(source), false, offset);
+    m_Type = ArchiveMemberType::computeType(*this);
+    contentsChanged();
+}
+
+ArchiveMember* Archive::appendFromRegion(const char* memberName, FileRegion region) {
+    if (!region.source || !acceptRegion(memberName, region)) {
+        return nullptr;
+    }
+    ArchiveMember* member = appendMember(platform::fileNameLeaf(memberName));
+    member->takeRegion(std::move(region.source), region.offset,
+                       static_cast<uint32_t>(region.size));
+    return member;
+}
+
+bool Archive::replaceFromRegion(ArchiveMember* member, FileRegion region) {
+    if (!region.source || !acceptRegion(nullptr, region)) {
+        return false;
+    }
+    member->dropLocation();
+    member->takeRegion(std::move(region.source), region.offset,
+                       static_cast<uint32_t>(region.size));
+    return true;
+}
+
+Archive::FileRegion Archive::wholeFile(SourceFilePointer source) {
+    const uint64_t size = source ? static_cast<uint64_t>(source->status.size) : 0;
+    return {std::move(source), 0, size};
+}
+
+Archive::FileRegion Archive::regionOf(const ArchiveMember& member) {
+    const ContentsLocation* location = member.getLocation();
+    TOMEX_CHECK_TEXT(location != nullptr, "location != NULL");
+    return {location->getSource(), location->getOffset(), member.getSize()};
+}
+
+ArchiveMember* Archive::addMemberFromFile(const char* fileName) {
+    TOMEX_CHECK_TEXT(fileName != nullptr, "fileName != NULL");
+    requireWritable();
+    return appendFromRegion(fileName, wholeFile(describeFile(fileName)));
+}
+
+ArchiveMember* Archive::addMemberFromFile(const char* fileName,
+                                          const platform::FileProbe& probe) {
+    requireWritable();
+    return appendFromRegion(fileName, wholeFile(describeFile(fileName, probe)));
+}
+
+ArchiveMember* Archive::addMemberFromFileRegion(const char* memberName, const char* fileName,
+                                                uint64_t offset, uint64_t size) {
+    TOMEX_CHECK_TEXT(memberName != nullptr, "memberName != NULL");
+    requireWritable();
+    return appendFromRegion(memberName, {describeFile(fileName), offset, size});
+}
+
+ArchiveMember* Archive::addMemberFromFileRegion(const char* memberName,
+                                                const ArchiveMember& source) {
+    requireWritable();
+    return appendFromRegion(memberName, regionOf(source));
+}
+
+bool Archive::replaceMember(ArchiveMember* member, const char* fileName,
+                            const platform::FileProbe& probe) {
+    requireWritable();
+    return replaceFromRegion(member, wholeFile(describeFile(fileName, probe)));
+}
+
+bool Archive::replaceMember(ArchiveMember* member, const ArchiveMember& source) {
+    requireWritable();
+    return replaceFromRegion(member, regionOf(source));
+}
+
+namespace {
+
+template <class T, class Predicate>
+void removeIf(elfext::fast_array<T>& array, Predicate predicate) {
+    T* end = std::remove_if(array.begin(), array.end(), predicate);
+    array.setSize(static_cast<uint32_t>(end - array.begin()));
+}
+
+} // namespace
+
+void Archive::deleteMember(ArchiveMember* member) {
+    TOMEX_CHECK_TEXT(member != nullptr, "member != NULL");
+    deleteMembers({&member, 1});
+}
+
+void Archive::deleteMembers(std::span<ArchiveMember* const> members) {
+    requireWritable();
+    if (members.empty()) {
+        return;
+    }
+    std::vector<const ArchiveMember*> doomed(members.begin(), members.end());
+    std::sort(doomed.begin(), doomed.end());
+    const auto isDoomed = [&doomed](const ArchiveMember* member) {
+        return std::binary_search(doomed.begin(), doomed.end(), member);
+    };
+    removeIf(m_ArchiveMembers, isDoomed);
+    removeIf(m_Symbols, [&isDoomed](const Symbol* symbol) {
+        return isDoomed(symbol->getDefiningMember());
+    });
+    m_SortedSymbolsUpToDate = false;
+    for (ArchiveMember* member : members) {
+        if (member == m_SymbolTable) {
+            m_SymbolTable = nullptr;
+        }
+        if (member == m_FileNameTable) {
+            m_FileNameTable = nullptr;
+        }
+        removeFromIndex(member);
+        member->~ArchiveMember();
+    }
+    markTablesStale();
+}
+
+} // namespace arlib

@@ -1,0 +1,311 @@
+#include "arlib/interface/archive_member.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+
+#include "arlib/interface/archive.h"
+#include "arlib/interface/archive_format.h"
+#include "arlib/interface/contents_location.h"
+#include "arlib/src/contents_source.h"
+#include "arlib/src/temporary_copy.h"
+#include "platform/interface/input_file.h"
+#include "platform/interface/internal_check.h"
+#include "platform/interface/output_file.h"
+
+namespace arlib {
+
+MemberContents::~MemberContents() {
+    std::free(m_Bytes);
+}
+
+bool MemberContents::resize(uint32_t size) {
+    if (size > m_Allocated) {
+        const uint64_t grown = uint64_t{m_Allocated} * 3 / 2 + 1;
+        const uint64_t wanted =
+            std::max<uint64_t>(size, std::min<uint64_t>(grown, UINT32_MAX));
+        void* bytes = std::realloc(m_Bytes, wanted);
+        if (bytes == nullptr) {
+            return false;
+        }
+        m_Bytes = static_cast<uint8_t*>(bytes);
+        m_Allocated = static_cast<uint32_t>(wanted);
+    }
+    m_Used = size;
+    return true;
+}
+
+ArchiveMember::ArchiveMember(Archive* archive, const char* name)
+    : m_Archive(archive), m_Name(name), m_NameLength(static_cast<uint32_t>(std::strlen(name))),
+      m_Symbols(archive->m_ContainerRegion.get()), m_SortedSymbols(archive->m_ContainerRegion.get()) {}
+
+ArchiveMember::~ArchiveMember() {
+    dropLocation();
+}
+
+void ArchiveMember::requireWritable() const {
+    TOMEX_CHECK(!m_Archive->isReadOnly());
+}
+
+uint32_t ArchiveMember::getOffset() const {
+    TOMEX_CHECK(m_Archive->m_ArchiveMemberOffsetsUpToDate);
+    return m_Offset;
+}
+
+uint32_t ArchiveMember::getIndex() const {
+    return m_Archive->getIndex(this);
+}
+
+const elfext::fast_array<Symbol*>& ArchiveMember::getSortedSymbols() {
+    m_Archive->sortSymbols();
+    return m_SortedSymbols;
+}
+
+void ArchiveMember::setDate(int64_t date) {
+    requireWritable();
+    m_Date = date;
+}
+
+void ArchiveMember::setUid(int32_t uid) {
+    requireWritable();
+    m_Uid = uid;
+}
+
+void ArchiveMember::setGid(int32_t gid) {
+    requireWritable();
+    m_Gid = gid;
+}
+
+void ArchiveMember::setMode(uint32_t mode) {
+    requireWritable();
+    m_Mode = mode;
+}
+
+void ArchiveMember::setName(const char* name) {
+    TOMEX_CHECK_TEXT(name != nullptr, "name != NULL");
+    requireWritable();
+    TOMEX_CHECK_TEXT(!isAuxiliary(), "!m_Type->isAuxiliary()");
+    if (std::strcmp(m_Name, name) == 0) {
+        return;
+    }
+    m_Archive->removeFromIndex(this);
+    m_Name = m_Archive->copyName(name);
+    m_NameLength = static_cast<uint32_t>(std::strlen(m_Name));
+    m_Archive->addToIndex(this);
+    m_Archive->reorderInIndex(this, getIndex());
+    m_Archive->m_FileNameTableUpToDate = false;
+}
+
+// Small contents that lie side by side in an archive share its reader's window; all others go
+// straight from their file.
+bool ArchiveMember::isWindowed() const {
+    constexpr uint32_t largestWindowed = 32 << 10;
+    return m_Size < largestWindowed && m_ContentsLocation->getSource()->isArchive;
+}
+
+bool ArchiveMember::readThroughWindow(ContentsReader& reader, uint8_t* destination) const {
+    const uint8_t* bytes = reader.view(m_ContentsLocation->getOffset(), m_Size);
+    if (bytes == nullptr) {
+        return false;
+    }
+    std::copy_n(bytes, m_Size, destination);
+    return true;
+}
+
+// The bytes that an earlier look at the file brought, if they are still the file's; else null.
+const uint8_t* ArchiveMember::keptBytes() const {
+    const SourceFile& source = *m_ContentsLocation->getSource();
+    const bool isKept = source.keptBytes != nullptr &&
+                        platform::queryFile(source.name.c_str()).isSameState(source.status);
+    return isKept ? source.keptBytes + m_ContentsLocation->getOffset() : nullptr;
+}
+
+bool ArchiveMember::readFailed(int error) const {
+    if (m_Archive->m_ErrorHandler != nullptr) {
+        m_Archive->m_ErrorHandler->readError(m_Archive, m_ContentsLocation->getFileName(), error);
+    }
+    errno = error;
+    return false;
+}
+
+// Ends the use of the file that the contents were read from.
+bool ArchiveMember::closeSource() const {
+    if (m_Archive->m_Sources->release()) {
+        return true;
+    }
+    const int error = errno;
+    if (m_Archive->m_ErrorHandler != nullptr) {
+        m_Archive->m_ErrorHandler->closeError(m_Archive, m_ContentsLocation->getFileName(), error);
+    }
+    errno = error;
+    return false;
+}
+
+bool ArchiveMember::loadContents(MemberContents& contents) {
+    if (!contents.resize(m_Size)) {
+        if (m_Archive->m_ErrorHandler != nullptr) {
+            m_Archive->m_ErrorHandler->outOfMemory(m_Archive);
+        }
+        return false;
+    }
+    if (const uint8_t* kept = keptBytes(); kept != nullptr) {
+        std::copy_n(kept, m_Size, contents.bytes());
+        return true;
+    }
+    ContentsReader* reader = m_Archive->m_Sources->open(m_ContentsLocation->getSource());
+    const bool isRead =
+        reader != nullptr && (isWindowed() ? readThroughWindow(*reader, contents.bytes())
+                                           : reader->read(contents.bytes(), m_Size,
+                                                          m_ContentsLocation->getOffset()));
+    if (!isRead) {
+        const int error = errno;
+        m_Archive->m_Sources->release();
+        return readFailed(error);
+    }
+    return closeSource();
+}
+
+bool ArchiveMember::ensureContents() {
+    if (m_Contents) {
+        return true;
+    }
+    auto contents = std::make_unique<MemberContents>();
+    if (!loadContents(*contents)) {
+        return false;
+    }
+    m_Contents = std::move(contents);
+    return true;
+}
+
+bool ArchiveMember::releaseContents() {
+    if (!ensureLocation()) {
+        return false;
+    }
+    m_Contents.reset();
+    return true;
+}
+
+platform::CopyOutcome ArchiveMember::copyContents(platform::OutputFile& output) {
+    using platform::CopyOutcome;
+    const uint8_t* bytes = m_Contents ? m_Contents->bytes() : keptBytes();
+    if (m_Contents || bytes != nullptr) {
+        return output.write(bytes, m_Size) ? CopyOutcome::Done : CopyOutcome::OutputFailed;
+    }
+    ContentsReader* reader = m_Archive->m_Sources->open(m_ContentsLocation->getSource());
+    int error = errno;
+    CopyOutcome outcome = CopyOutcome::InputFailed;
+    if (reader != nullptr && isWindowed()) {
+        bytes = reader->view(m_ContentsLocation->getOffset(), m_Size);
+        error = errno;
+        if (bytes != nullptr) {
+            outcome = output.write(bytes, m_Size) ? CopyOutcome::Done : CopyOutcome::OutputFailed;
+        }
+    } else if (reader != nullptr) {
+        outcome = output.copyFrom(reader->file(), m_ContentsLocation->getOffset(), m_Size);
+        error = output.error();
+    }
+    if (outcome != CopyOutcome::Done) {
+        m_Archive->m_Sources->release();
+    }
+    if (outcome == CopyOutcome::InputFailed) {
+        readFailed(error);
+    } else if (outcome == CopyOutcome::Done && !closeSource()) {
+        outcome = CopyOutcome::InputFailed;
+    }
+    return outcome;
+}
+
+bool ArchiveMember::ensureLocation() {
+    if (m_ContentsLocation) {
+        return true;
+    }
+    TemporaryCopy copy;
+    if (!copy.write(m_Contents->bytes(), m_Size)) {
+        const int error = errno;
+        if (ErrorHandler* handler = m_Archive->m_ErrorHandler; handler != nullptr) {
+            if (copy.failedToClose()) {
+                handler->closeError(m_Archive, copy.nameOrNull(), error);
+            } else {
+                handler->writeError(m_Archive, copy.nameOrNull(), error);
+            }
+        }
+        return false;
+    }
+    auto source = std::make_shared<SourceFile>();
+    source->name = copy.nameOrNull();
+    m_ContentsLocation = std::make_unique<ContentsLocation>(this, std::move(source), true, 0);
+    return true;
+}
+
+bool ArchiveMember::dropLocation() {
+    if (!m_ContentsLocation) {
+        return true;
+    }
+    bool isDone = true;
+    if (m_ContentsLocation->deletesFile()) {
+        errno = 0;
+        isDone = std::remove(m_ContentsLocation->getFileName()) == 0;
+        if (!isDone && m_Archive->m_ErrorHandler != nullptr) {
+            m_Archive->m_ErrorHandler->deleteError(m_Archive, m_ContentsLocation->getFileName(),
+                                                   errno);
+        }
+    }
+    m_ContentsLocation.reset();
+    return isDone;
+}
+
+void ArchiveMember::contentsChanged() {
+    m_Changed = true;
+    m_Archive->markTablesStale();
+    m_Archive->m_ArchiveMemberOffsetsUpToDate = false;
+}
+
+bool ArchiveMember::setContents(const void* bytes, uint32_t size) {
+    requireWritable();
+    auto contents = std::make_unique<MemberContents>();
+    if (!contents->resize(size)) {
+        if (m_Archive->m_ErrorHandler != nullptr) {
+            m_Archive->m_ErrorHandler->outOfMemory(m_Archive);
+        }
+        return false;
+    }
+    if (size != 0) {
+        std::memcpy(contents->bytes(), bytes, size);
+    }
+    m_Contents = std::move(contents);
+    m_Size = size;
+    m_Type = ArchiveMemberType::computeType(*this);
+    contentsChanged();
+    dropLocation();
+    return true;
+}
+
+bool ArchiveMember::replaceFromFile(const char* fileName) {
+    requireWritable();
+    return m_Archive->replaceMember(this, fileName, platform::probeFile(fileName, {}));
+}
+
+bool ArchiveMember::replaceFromFileRegion(const char* fileName, uint64_t offset, uint64_t size) {
+    requireWritable();
+    return m_Archive->replaceFromRegion(this, {m_Archive->describeFile(fileName), offset, size});
+}
+
+bool ArchiveMember::clearContents() {
+    requireWritable();
+    TOMEX_CHECK_TEXT(!isAuxiliary(), "!m_Type->isAuxiliary()");
+    if (!ensureContents()) {
+        return false;
+    }
+    dropLocation();
+    m_Type = nullptr;
+    contentsChanged();
+    return true;
+}
+
+void ArchiveMember::recomputeType() {
+    TOMEX_CHECK_TEXT(m_Type == nullptr, "m_Type == NULL");
+    m_Type = ArchiveMemberType::computeType(*this);
+}
+
+} // namespace arlib

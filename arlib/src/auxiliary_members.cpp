@@ -1,0 +1,279 @@
+// Brings the archive's two tables up to date: the file name table with the names that are too long
+// for a header, and the symbol table, which maps names to the members that define them.
+//
+// Both are derived data and stand in front of all other members. The symbol table holds offsets in
+// the finished file, so the file name table, whose size moves everything behind it, comes first.
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <new>
+#include <string>
+
+#include "arlib/interface/archive.h"
+#include "arlib/interface/archive_format.h"
+#include "arlib/interface/symbol.h"
+#include "arlib/interface/symbol_name_list.h"
+#include "elfext/interface/fast_hash_set.h"
+#include "elfext/interface/stringlett.h"
+#include "platform/interface/internal_check.h"
+
+namespace arlib {
+namespace {
+
+// Symbols on their way into the table: names and, beside them, the members that define them.
+struct SymbolOutput {
+    explicit SymbolOutput(alloclib::Region* scratch) : names(scratch), members(scratch) {}
+
+    void add(const char* name, ArchiveMember* member) {
+        names.add(name);
+        members.add(member);
+    }
+
+    // Bytes that the table takes.
+    uint64_t tableSize() const {
+        uint64_t size = symbolTableWord;
+        for (const char* name : names) {
+            size += symbolTableWord + std::strlen(name) + 1;
+        }
+        return size;
+    }
+
+    elfext::fast_array<const char*> names;
+    elfext::fast_array<ArchiveMember*> members;
+};
+
+// An object module that defines symbols, with their names.
+struct HostingMember {
+    ArchiveMember* member;
+    SymbolNameList* names;
+};
+
+uint8_t* putBigEndian(uint8_t* destination, uint32_t value) {
+    for (int shift = 24; shift >= 0; shift -= 8) {
+        *destination++ = static_cast<uint8_t>(value >> shift);
+    }
+    return destination;
+}
+
+// Lists the members that go into the symbol table. A member whose symbols cannot be read is
+// reported and adds none; if the handler says to stop, those found so far are taken.
+void collectHostingMembers(Archive& archive, alloclib::Region* scratch,
+                           elfext::fast_array<HostingMember>& hosting) {
+    for (ArchiveMember* member : archive.getMembers()) {
+        if (member->isAuxiliary() || !member->getType()->isObjectModule()) {
+            continue;
+        }
+        const auto* type = static_cast<const ObjectModuleArchiveMemberType*>(member->getType());
+        auto* names = new (scratch->Alloc(sizeof(SymbolNameList), alignof(SymbolNameList),
+                                          "arlib::SymbolNameList")) SymbolNameList(scratch);
+        std::string failure;
+        if (!type->getSymbols(*member, *names, failure)) {
+            ErrorHandler* handler = archive.getErrorHandler();
+            if (handler == nullptr ||
+                !handler->memberSymbolsUnreadable(&archive, member, failure.c_str())) {
+                return;
+            }
+        } else if (names->getSize() != 0) {
+            hosting.add({member, names});
+        }
+    }
+}
+
+void emitSymbols(const elfext::fast_array<HostingMember>& hosting, bool uniqueSymbols,
+                 alloclib::Region* scratch, SymbolOutput& output) {
+    elfext::fast_hash_set<elfext::Stringlett> entered(scratch);
+    for (const HostingMember& host : hosting) {
+        for (uint32_t k = 0; k < host.names->getSize(); ++k) {
+            const char* name = host.names->get(k);
+            if (uniqueSymbols) {
+                const elfext::Stringlett key(name);
+                if (entered.contains(key)) {
+                    continue;
+                }
+                entered.add(key);
+            }
+            output.add(name, host.member);
+        }
+    }
+}
+
+} // namespace
+
+bool Archive::updateAuxiliaryMembers() {
+    const OwnedRegion scratch(0x100000, "arlib::Archive::updateAuxiliaryMembers() region");
+    for (ArchiveMember* member : m_ArchiveMembers) {
+        if (member->m_Type == nullptr) {
+            member->recomputeType();
+        }
+    }
+    if (!m_FileNameTableUpToDate) {
+        m_ArchiveMemberOffsetsUpToDate = false;
+        if (!updateFileNameTable(scratch.get())) {
+            return false;
+        }
+    }
+    if (!m_SymbolTableUpToDate) {
+        m_ArchiveMemberOffsetsUpToDate = false;
+        if (!updateSymbolTable(scratch.get())) {
+            return false;
+        }
+    }
+    moveTablesToFront();
+    if (!m_ArchiveMemberOffsetsUpToDate) {
+        layOutMembers();
+    }
+    return true;
+}
+
+void Archive::moveTablesToFront() {
+    uint32_t front = 0;
+    for (ArchiveMember* table : {m_SymbolTable, m_FileNameTable}) {
+        if (table == nullptr) {
+            continue;
+        }
+        if (m_ArchiveMembers[front] != table) {
+            shiftMember(getIndex(table), front);
+            markTablesStale();
+        }
+        ++front;
+    }
+}
+
+// Gives each member the offset that it will have in the file: the tables first, whatever their
+// places in the list are now, then the others in list order.
+void Archive::layOutMembers() {
+    uint64_t offset = archiveMagicSize;
+    const auto place = [&offset](ArchiveMember* member) {
+        member->m_Offset = static_cast<uint32_t>(offset);
+        offset = nextMemberOffset(offset, member->m_Size);
+    };
+    for (ArchiveMember* table : {m_SymbolTable, m_FileNameTable}) {
+        if (table != nullptr) {
+            place(table);
+        }
+    }
+    for (ArchiveMember* member : m_ArchiveMembers) {
+        if (member != m_SymbolTable && member != m_FileNameTable) {
+            place(member);
+        }
+    }
+    m_ArchiveMemberOffsetsUpToDate = true;
+}
+
+// Takes a table out of the list; the object stays with the archive's region.
+void Archive::removeTable(ArchiveMember*& table) {
+    if (table != nullptr) {
+        m_ArchiveMembers.remove(getIndex(table));
+        removeFromIndex(table);
+        table = nullptr;
+    }
+}
+
+// Makes a table's member, or reuses the one that is there, with room for its contents. Null if the
+// room cannot be had.
+ArchiveMember* Archive::prepareTable(ArchiveMember* table, const ArchiveMemberType* type,
+                                     uint64_t size) {
+    if (size >= archiveSizeLimit) {
+        if (m_ErrorHandler != nullptr) {
+            m_ErrorHandler->writeError(this, m_FileName, EFBIG);
+        }
+        return nullptr;
+    }
+    if (table == nullptr) {
+        table = addMember("", 0, 0, 0, 0);
+    } else if (!table->ensureContents()) {
+        return nullptr;
+    }
+    if (!table->m_Contents->resize(static_cast<uint32_t>(size))) {
+        if (m_ErrorHandler != nullptr) {
+            m_ErrorHandler->outOfMemory(this);
+        }
+        return nullptr;
+    }
+    table->dropLocation();
+    table->m_Type = type;
+    table->m_Size = static_cast<uint32_t>(size);
+    // Whatever header the table was read with: a table of ours has these fields at 0, so that the
+    // file depends on nothing but its members.
+    table->m_Date = 0;
+    table->m_Uid = 0;
+    table->m_Gid = 0;
+    table->m_Mode = 0;
+    return table;
+}
+
+bool Archive::updateFileNameTable(alloclib::Region* scratch) {
+    elfext::fast_array<ArchiveMember*> longNamed(scratch);
+    uint64_t required = 0;
+    for (ArchiveMember* member : m_ArchiveMembers) {
+        if (!member->isAuxiliary() && member->m_NameLength >= longNameLength) {
+            longNamed.add(member);
+            required += uint64_t{member->m_NameLength} + longNameEndSize;
+        }
+    }
+    if (longNamed.getSize() == 0) {
+        removeTable(m_FileNameTable);
+        m_FileNameTableUpToDate = true;
+        return true;
+    }
+    ArchiveMember* table = prepareTable(m_FileNameTable, getFileNameTableType(), required);
+    if (table == nullptr) {
+        return false;
+    }
+    m_FileNameTable = table;
+    uint32_t offset = 0;
+    for (ArchiveMember* member : longNamed) {
+        member->m_LongNameOffset = offset;
+        uint8_t* destination = table->m_Contents->bytes() + offset;
+        std::memcpy(destination, member->m_Name, member->m_NameLength);
+        std::memcpy(destination + member->m_NameLength, longNameEnd, longNameEndSize);
+        offset += member->m_NameLength + longNameEndSize;
+    }
+    m_FileNameTableUpToDate = true;
+    return true;
+}
+
+void Archive::removeSymbolTable() {
+    removeTable(m_SymbolTable);
+    m_SymbolTableUpToDate = true;
+}
+
+bool Archive::updateSymbolTable(alloclib::Region* scratch) {
+    TOMEX_CHECK(m_FileNameTableUpToDate);
+    if (m_SymbolTableMode == SymbolTableMode_None) {
+        removeSymbolTable();
+        return true;
+    }
+    elfext::fast_array<HostingMember> hosting(scratch);
+    collectHostingMembers(*this, scratch, hosting);
+    if (hosting.getSize() == 0 && m_SymbolTableMode == SymbolTableMode_IfNeeded) {
+        removeSymbolTable();
+        return true;
+    }
+    SymbolOutput output(scratch);
+    emitSymbols(hosting, m_UniqueSymbols, scratch, output);
+
+    ArchiveMember* table = prepareTable(m_SymbolTable, getSymbolTableType(), output.tableSize());
+    if (table == nullptr) {
+        return false;
+    }
+    m_SymbolTable = table;
+    // Making a table's member marks the name table stale, but the new member has no long name.
+    m_FileNameTableUpToDate = true;
+    layOutMembers();
+
+    uint8_t* destination = putBigEndian(table->m_Contents->bytes(), output.names.getSize());
+    for (const ArchiveMember* member : output.members) {
+        destination = putBigEndian(destination, member->m_Offset);
+    }
+    for (const char* name : output.names) {
+        const size_t length = std::strlen(name) + 1;
+        std::memcpy(destination, name, length);
+        destination += length;
+    }
+    m_SymbolTableUpToDate = true;
+    return true;
+}
+
+} // namespace arlib

@@ -1,0 +1,131 @@
+#include "arlib/src/contents_source.h"
+
+#include <algorithm>
+#include <cerrno>
+
+namespace arlib {
+namespace {
+
+constexpr size_t smallestWindow = size_t{4} << 10;
+constexpr size_t largestWindow = size_t{256} << 10;
+
+// A window that served this many views was worth its size, and the next one is larger; one that
+// served a single view brought bytes that nobody asked for.
+constexpr uint32_t manyViews = 8;
+
+} // namespace
+
+bool ContentsReader::close() {
+    m_WindowUsed = 0;
+    return m_File.close();
+}
+
+bool ContentsReader::moveWindow(uint64_t offset, size_t count) {
+    if (m_NextWindowSize == 0 || m_ViewsInWindow <= 1) {
+        m_NextWindowSize = std::max(m_NextWindowSize / 2, smallestWindow);
+    } else if (m_ViewsInWindow >= manyViews) {
+        m_NextWindowSize = std::min(m_NextWindowSize * 2, largestWindow);
+    }
+    const size_t wanted = std::max(m_NextWindowSize, count);
+    if (m_Window.size() < wanted) {
+        m_Window.resize(wanted);
+    }
+    const int64_t got = m_File.readAt(m_Window.data(), wanted, offset);
+    m_WindowStart = offset;
+    m_WindowUsed = got < 0 ? 0 : static_cast<size_t>(got);
+    m_ViewsInWindow = 0;
+    return got >= 0;
+}
+
+const uint8_t* ContentsReader::viewSome(uint64_t offset, size_t count, size_t& got) {
+    const bool isInside = offset >= m_WindowStart && offset - m_WindowStart <= m_WindowUsed &&
+                          count <= m_WindowUsed - (offset - m_WindowStart);
+    if (!isInside && !moveWindow(offset, count)) {
+        return nullptr;
+    }
+    ++m_ViewsInWindow;
+    const auto position = static_cast<size_t>(offset - m_WindowStart);
+    got = std::min(count, m_WindowUsed - position);
+    return m_Window.data() + position;
+}
+
+const uint8_t* ContentsReader::view(uint64_t offset, size_t count) {
+    size_t got = 0;
+    const uint8_t* bytes = viewSome(offset, count, got);
+    if (bytes != nullptr && got < count) {
+        errno = EIO;
+        return nullptr;
+    }
+    return bytes;
+}
+
+bool ContentsReader::read(void* buffer, size_t count, uint64_t offset) const {
+    const int64_t got = m_File.readAt(buffer, count, offset);
+    if (got >= 0 && static_cast<size_t>(got) < count) {
+        errno = EIO;
+    }
+    return got == static_cast<int64_t>(count);
+}
+
+ContentsSources::Entry& ContentsSources::entryFor(const SourceFilePointer& source) {
+    Entry* oldest = nullptr;
+    for (Entry& entry : m_Entries) {
+        if (entry.source == source) {
+            return entry;
+        }
+        if (oldest == nullptr || entry.lastUse < oldest->lastUse) {
+            oldest = &entry;
+        }
+    }
+    if (m_Entries.size() < capacity) {
+        m_Entries.reserve(capacity); // entries stay where they are
+        m_Entries.push_back({source, std::make_unique<ContentsReader>(), 0});
+        return m_Entries.back();
+    }
+    oldest->reader->close();
+    oldest->source = source;
+    return *oldest;
+}
+
+ContentsReader* ContentsSources::open(const SourceFilePointer& source) {
+    Entry& entry = entryFor(source);
+    entry.lastUse = ++m_Uses;
+    m_Current = &entry;
+    if (entry.reader->file().isOpen()) {
+        return entry.reader.get();
+    }
+    if (!entry.reader->open(source->name.c_str())) {
+        return nullptr;
+    }
+    if (source->isArchive) {
+        platform::FileStatus present;
+        if (!entry.reader->file().queryStatus(present)) {
+            return nullptr;
+        }
+        if (!present.isSameState(source->status)) {
+            entry.reader->close();
+            errno = ESTALE;
+            return nullptr;
+        }
+    }
+    return entry.reader.get();
+}
+
+bool ContentsSources::release() {
+    return m_Current == nullptr || m_Current->source->isArchive || m_Current->reader->close();
+}
+
+bool ContentsSources::closeAll() {
+    int error = 0;
+    for (Entry& entry : m_Entries) {
+        if (!entry.reader->close()) {
+            error = errno;
+        }
+    }
+    m_Entries.clear();
+    m_Current = nullptr;
+    errno = error;
+    return error == 0;
+}
+
+} // namespace arlib
