@@ -180,8 +180,8 @@ private:
     const char* copyName(const char* name);
     SourceFilePointer describeFile(const char* fileName);
     SourceFilePointer describeFile(const char* fileName, const platform::FileProbe& probe);
-    std::shared_ptr<SourceFile> acceptFile(const char* fileName,
-                                           const platform::FileStatus& status, int error);
+    std::shared_ptr<SourceFile> acceptFile(const char* fileName, const platform::FileStatus& status,
+                                           int error);
     bool acceptRegion(const char* memberName, FileRegion& region);
     ArchiveMember* appendMember(const char* name);
     static FileRegion wholeFile(SourceFilePointer source);
@@ -205,8 +205,7 @@ private:
     void removeTable(ArchiveMember*& table);
     void moveTablesToFront();
     ArchiveMember* memberAtOffset(uint32_t offset) const;
-    ArchiveMember* prepareTable(ArchiveMember* table, const ArchiveMemberType* type,
-                                uint64_t size);
+    ArchiveMember* prepareTable(ArchiveMember* table, const ArchiveMemberType* type, uint64_t size);
     void layOutMembers();
     void sortSymbols();
 

@@ -81,15 +81,13 @@ public:
     virtual bool symbolTableExtra(Archive* archive, uint64_t offset, uint64_t end);
 
     // Members whose symbols cannot be listed. text may be empty.
-    virtual bool memberSymbolsUnreadable(Archive* archive, ArchiveMember* member,
-                                         const char* text);
+    virtual bool memberSymbolsUnreadable(Archive* archive, ArchiveMember* member, const char* text);
 
     // Groups of builds of one module; a group has at least one member.
     virtual bool noBaseVariant(Archive* archive, MemberGroup group);
     virtual bool multipleBaseVariants(Archive* archive, MemberGroup group);
     virtual bool identicalVariants(Archive* archive, const char* suffix, MemberGroup group);
-    virtual bool attributesNotDecorable(Archive* archive, ArchiveMember* member,
-                                        MemberGroup group);
+    virtual bool attributesNotDecorable(Archive* archive, ArchiveMember* member, MemberGroup group);
     virtual bool commonAttributesClash(Archive* archive, MemberGroup group,
                                        const attributes::FullAttr& common);
     virtual bool memberAttributesClash(Archive* archive, ArchiveMember* member,

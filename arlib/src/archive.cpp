@@ -21,7 +21,8 @@ Archive::Archive()
     : m_ObjectRegion(1024, "arlib::Archive::ObjectRegion"),
       m_ContainerRegion(1024, "arlib::Archive::ContainerRegion"),
       m_ArchiveMembers(m_ContainerRegion.get()), m_Symbols(m_ContainerRegion.get()),
-      m_SortedSymbols(m_ContainerRegion.get()), m_Sources(std::make_unique<ContentsSources>()) {}
+      m_SortedSymbols(m_ContainerRegion.get()), m_Sources(std::make_unique<ContentsSources>()) {
+}
 
 Archive::~Archive() {
     clear();
@@ -89,8 +90,7 @@ uint32_t Archive::getIndex(const ArchiveMember* member) const {
 
 uint32_t Archive::getSymbolIndex(const Symbol* symbol) const {
     const auto* const found = std::find(m_Symbols.begin(), m_Symbols.end(), symbol);
-    return found == m_Symbols.end() ? notThere
-                                    : static_cast<uint32_t>(found - m_Symbols.begin());
+    return found == m_Symbols.end() ? notThere : static_cast<uint32_t>(found - m_Symbols.begin());
 }
 
 void Archive::markTablesStale() {
@@ -125,7 +125,7 @@ void Archive::moveMember(ArchiveMember* member, uint32_t newIndex) {
 
 ArchiveMember* Archive::appendMember(const char* name) {
     void* memory = m_ObjectRegion.get()->Alloc(sizeof(ArchiveMember), alignof(ArchiveMember),
-                                         "arlib::ArchiveMember");
+                                               "arlib::ArchiveMember");
     auto* member = new (memory) ArchiveMember(this, copyName(name));
     m_ArchiveMembers.add(member);
     addToIndex(member);
@@ -150,8 +150,7 @@ ArchiveMember* Archive::addMember(const char* name, int64_t date, int32_t uid, i
 std::shared_ptr<SourceFile> Archive::acceptFile(const char* fileName,
                                                 const platform::FileStatus& status, int error) {
     const bool isGood = status.kind != platform::FileKind_None && status.date >= 0 &&
-                        status.size >= 0 && status.uid >= 0 && status.gid >= 0 &&
-                        status.mode != 0;
+                        status.size >= 0 && status.uid >= 0 && status.gid >= 0 && status.mode != 0;
     if (!isGood) {
         if (m_ErrorHandler != nullptr) {
             m_ErrorHandler->readError(this, fileName, error);
@@ -238,8 +237,7 @@ void ArchiveMember::takeRegion(std::shared_ptr<const SourceFile> source, uint64_
     m_Gid = static_cast<int32_t>(status.gid);
     m_Mode = status.mode;
     m_Size = size;
-    m_ContentsLocation =
-        std::make_unique<ContentsLocation>(this, std::move(source), false, offset);
+    m_ContentsLocation = std::make_unique<ContentsLocation>(this, std::move(source), false, offset);
     m_Type = ArchiveMemberType::computeType(*this);
     contentsChanged();
 }
@@ -249,8 +247,7 @@ ArchiveMember* Archive::appendFromRegion(const char* memberName, FileRegion regi
         return nullptr;
     }
     ArchiveMember* member = appendMember(platform::fileNameLeaf(memberName));
-    member->takeRegion(std::move(region.source), region.offset,
-                       static_cast<uint32_t>(region.size));
+    member->takeRegion(std::move(region.source), region.offset, static_cast<uint32_t>(region.size));
     return member;
 }
 
@@ -259,8 +256,7 @@ bool Archive::replaceFromRegion(ArchiveMember* member, FileRegion region) {
         return false;
     }
     member->dropLocation();
-    member->takeRegion(std::move(region.source), region.offset,
-                       static_cast<uint32_t>(region.size));
+    member->takeRegion(std::move(region.source), region.offset, static_cast<uint32_t>(region.size));
     return true;
 }
 
@@ -281,8 +277,7 @@ ArchiveMember* Archive::addMemberFromFile(const char* fileName) {
     return appendFromRegion(fileName, wholeFile(describeFile(fileName)));
 }
 
-ArchiveMember* Archive::addMemberFromFile(const char* fileName,
-                                          const platform::FileProbe& probe) {
+ArchiveMember* Archive::addMemberFromFile(const char* fileName, const platform::FileProbe& probe) {
     requireWritable();
     return appendFromRegion(fileName, wholeFile(describeFile(fileName, probe)));
 }
@@ -337,9 +332,8 @@ void Archive::deleteMembers(std::span<ArchiveMember* const> members) {
         return std::binary_search(doomed.begin(), doomed.end(), member);
     };
     removeIf(m_ArchiveMembers, isDoomed);
-    removeIf(m_Symbols, [&isDoomed](const Symbol* symbol) {
-        return isDoomed(symbol->getDefiningMember());
-    });
+    removeIf(m_Symbols,
+             [&isDoomed](const Symbol* symbol) { return isDoomed(symbol->getDefiningMember()); });
     m_SortedSymbolsUpToDate = false;
     for (ArchiveMember* member : members) {
         if (member == m_SymbolTable) {

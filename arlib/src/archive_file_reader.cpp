@@ -253,8 +253,7 @@ bool ArchiveFileReader::Pass::readLongName(HeaderValues& values) {
     const std::string_view digits = viewOf(m_Header.name).substr(1);
     uint32_t index = 0;
     if (!parseNumberField(digits, decimal, index)) {
-        return forgiven(&ErrorHandler::badLongNameIndex, m_Position,
-                        std::string(digits).c_str());
+        return forgiven(&ErrorHandler::badLongNameIndex, m_Position, std::string(digits).c_str());
     }
     values.longNameOffset = index;
     return takeLongName(index, values);
@@ -262,8 +261,7 @@ bool ArchiveFileReader::Pass::readLongName(HeaderValues& values) {
 
 bool ArchiveFileReader::Pass::takeLongName(uint32_t index, HeaderValues& values) {
     const MemberContents& contents = *m_Archive.m_FileNameTable->getContents();
-    const std::string_view table(reinterpret_cast<const char*>(contents.bytes()),
-                                 contents.size());
+    const std::string_view table(reinterpret_cast<const char*>(contents.bytes()), contents.size());
     const bool isOutside = index >= table.size();
     // An index at the newline of an entry's end would read as an empty name.
     const bool isAtEntryEnd =

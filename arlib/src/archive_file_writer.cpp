@@ -3,10 +3,11 @@
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
-#include <cstdio>
 #include <cstring>
 #include <string>
 #include <string_view>
+
+#include <unistd.h>
 
 #include "arlib/interface/archive.h"
 #include "arlib/interface/archive_format.h"
@@ -215,7 +216,7 @@ bool ArchiveFileWriter::Pass::replaceTarget() {
 bool ArchiveFileWriter::Pass::replaceInTwoSteps(int renameError) {
     if (platform::fileKind(m_FileName) != platform::FileKind_None) {
         errno = 0;
-        if (std::remove(m_FileName) != 0) {
+        if (::unlink(m_FileName) != 0) { // which, unlike remove, spares an empty folder
             const int error = errno;
             if (m_Handler != nullptr) {
                 m_Handler->deleteError(&m_Archive, m_FileName, error);
@@ -242,8 +243,8 @@ bool ArchiveFileWriter::Pass::relocateMembers() {
     uint64_t offset = archiveMagicSize;
     for (ArchiveMember* member : m_Archive.getMembers()) {
         member->dropLocation();
-        member->m_ContentsLocation = std::make_unique<ContentsLocation>(
-            member, source, false, offset + memberHeaderSize);
+        member->m_ContentsLocation =
+            std::make_unique<ContentsLocation>(member, source, false, offset + memberHeaderSize);
         offset = nextMemberOffset(offset, member->getSize());
     }
     return true;

@@ -23,8 +23,7 @@ MemberContents::~MemberContents() {
 bool MemberContents::resize(uint32_t size) {
     if (size > m_Allocated) {
         const uint64_t grown = uint64_t{m_Allocated} * 3 / 2 + 1;
-        const uint64_t wanted =
-            std::max<uint64_t>(size, std::min<uint64_t>(grown, UINT32_MAX));
+        const uint64_t wanted = std::max<uint64_t>(size, std::min<uint64_t>(grown, UINT32_MAX));
         void* bytes = std::realloc(m_Bytes, wanted);
         if (bytes == nullptr) {
             return false;
@@ -38,7 +37,9 @@ bool MemberContents::resize(uint32_t size) {
 
 ArchiveMember::ArchiveMember(Archive* archive, const char* name)
     : m_Archive(archive), m_Name(name), m_NameLength(static_cast<uint32_t>(std::strlen(name))),
-      m_Symbols(archive->m_ContainerRegion.get()), m_SortedSymbols(archive->m_ContainerRegion.get()) {}
+      m_Symbols(archive->m_ContainerRegion.get()),
+      m_SortedSymbols(archive->m_ContainerRegion.get()) {
+}
 
 ArchiveMember::~ArchiveMember() {
     dropLocation();
@@ -155,9 +156,9 @@ bool ArchiveMember::loadContents(MemberContents& contents) {
     }
     ContentsReader* reader = m_Archive->m_Sources->open(m_ContentsLocation->getSource());
     const bool isRead =
-        reader != nullptr && (isWindowed() ? readThroughWindow(*reader, contents.bytes())
-                                           : reader->read(contents.bytes(), m_Size,
-                                                          m_ContentsLocation->getOffset()));
+        reader != nullptr &&
+        (isWindowed() ? readThroughWindow(*reader, contents.bytes())
+                      : reader->read(contents.bytes(), m_Size, m_ContentsLocation->getOffset()));
     if (!isRead) {
         const int error = errno;
         m_Archive->m_Sources->release();

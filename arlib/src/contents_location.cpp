@@ -6,10 +6,11 @@
 
 namespace arlib {
 
-ContentsLocation::ContentsLocation(ArchiveMember* member, SourceFilePointer source,
-                                   bool deleteFile, uint64_t offset)
+ContentsLocation::ContentsLocation(ArchiveMember* member, SourceFilePointer source, bool deleteFile,
+                                   uint64_t offset)
     : m_ArchiveMember(member), m_Source(std::move(source)), m_DeleteFile(deleteFile),
-      m_Offset(offset) {}
+      m_Offset(offset) {
+}
 
 ContentsLocation::~ContentsLocation() = default;
 

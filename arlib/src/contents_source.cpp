@@ -68,23 +68,23 @@ bool ContentsReader::read(void* buffer, size_t count, uint64_t offset) const {
 }
 
 ContentsSources::Entry& ContentsSources::entryFor(const SourceFilePointer& source) {
-    Entry* oldest = nullptr;
-    for (Entry& entry : m_Entries) {
-        if (entry.source == source) {
-            return entry;
-        }
-        if (oldest == nullptr || entry.lastUse < oldest->lastUse) {
-            oldest = &entry;
-        }
+    const auto isOfSource = [&source](const Entry& entry) { return entry.source == source; };
+    const auto known = std::find_if(m_Entries.begin(), m_Entries.end(), isOfSource);
+    if (known != m_Entries.end()) {
+        return *known;
     }
     if (m_Entries.size() < capacity) {
         m_Entries.reserve(capacity); // entries stay where they are
         m_Entries.push_back({source, std::make_unique<ContentsReader>(), 0});
         return m_Entries.back();
     }
-    oldest->reader->close();
-    oldest->source = source;
-    return *oldest;
+    const auto isOlder = [](const Entry& left, const Entry& right) {
+        return left.lastUse < right.lastUse;
+    };
+    Entry& oldest = *std::min_element(m_Entries.begin(), m_Entries.end(), isOlder);
+    oldest.reader->close();
+    oldest.source = source;
+    return oldest;
 }
 
 ContentsReader* ContentsSources::open(const SourceFilePointer& source) {

@@ -39,12 +39,11 @@ bool ErrorHandler::reportHeader(Archive* archive, ErrorKind kind, uint64_t offse
     return report(archive, kind, text.c_str());
 }
 
-bool ErrorHandler::reportSymbol(Archive* archive, uint32_t index, const char* name,
-                                uint32_t offset, const char* flaw) {
-    const std::string text = "Archive symbol table says symbol #" + number(index) + " " +
-                             quoted(name) +
-                             " is defined in the archive member starting at offset " +
-                             number(offset) + flaw;
+bool ErrorHandler::reportSymbol(Archive* archive, uint32_t index, const char* name, uint32_t offset,
+                                const char* flaw) {
+    const std::string text =
+        "Archive symbol table says symbol #" + number(index) + " " + quoted(name) +
+        " is defined in the archive member starting at offset " + number(offset) + flaw;
     return report(archive, ErrorKind_Recoverable, text.c_str());
 }
 
@@ -88,9 +87,8 @@ bool ErrorHandler::outputReadOnly(Archive* archive, const char* file) {
 }
 
 bool ErrorHandler::badMagic(Archive* archive) {
-    return report(
-        archive, ErrorKind_Fatal,
-        "File does not begin with the archive magic number (not an archive file?)");
+    return report(archive, ErrorKind_Fatal,
+                  "File does not begin with the archive magic number (not an archive file?)");
 }
 
 bool ErrorHandler::headerEndOfFile(Archive* archive, uint64_t offset) {
@@ -187,10 +185,9 @@ bool ErrorHandler::symbolTableShort(Archive* archive, uint32_t size) {
 
 bool ErrorHandler::symbolTableCount(Archive* archive, uint32_t size, uint32_t count,
                                     uint64_t required) {
-    const std::string text = "Archive symbol table is " + number(size) +
-                             " bytes long, but claims to contain " + number(count) +
-                             " symbols so it should be at least " + number(required) +
-                             " bytes long";
+    const std::string text =
+        "Archive symbol table is " + number(size) + " bytes long, but claims to contain " +
+        number(count) + " symbols so it should be at least " + number(required) + " bytes long";
     return report(archive, ErrorKind_Fatal, text.c_str());
 }
 
@@ -242,10 +239,9 @@ bool ErrorHandler::identicalVariants(Archive* archive, const char* suffix, Membe
 bool ErrorHandler::attributesNotDecorable(Archive* archive, ArchiveMember* member,
                                           MemberGroup group) {
     // The missing blanks are required: users' scripts look for this sentence as it is.
-    const std::string text = "Member " + memberLabel(member) +
-                             " of minor variant group beginning witharchive member " +
-                             memberLabel(group[0]) +
-                             " includes attribute(s) with nosymbol decoration representation";
+    const std::string text =
+        "Member " + memberLabel(member) + " of minor variant group beginning witharchive member " +
+        memberLabel(group[0]) + " includes attribute(s) with nosymbol decoration representation";
     return report(archive, ErrorKind_Forgivable, text.c_str());
 }
 

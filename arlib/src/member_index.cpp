@@ -19,8 +19,8 @@ std::string folded(const char* name) {
 
 } // namespace
 
-MemberIndex::MemberIndex(alloclib::Region* region)
-    : m_Region(region), m_Entries(region) {}
+MemberIndex::MemberIndex(alloclib::Region* region) : m_Region(region), m_Entries(region) {
+}
 
 NameEntry* MemberIndex::find(const char* name) const {
     const std::string key = folded(name);

@@ -22,17 +22,24 @@ public:
     bool hasCount() const { return m_Size >= symbolTableWord; }
     uint32_t count() const { return word(0); }
     // Bytes that a table of so many entries takes before its names.
-    uint64_t namesStart() const {
-        return symbolTableWord + uint64_t{count()} * symbolTableWord;
-    }
+    uint64_t namesStart() const { return symbolTableWord + uint64_t{count()} * symbolTableWord; }
     uint32_t entryOffset(uint32_t index) const { return word(uint64_t{index} + 1); }
 
     // The length of the name at a position, or the bytes that are left if its end is missing.
     uint64_t nameLength(uint64_t position) const {
         const void* end = std::memchr(m_Bytes + position, 0, m_Size - position);
-        return end == nullptr ? m_Size - position
-                              : static_cast<uint64_t>(static_cast<const uint8_t*>(end) -
-                                                      (m_Bytes + position));
+        return end == nullptr
+                   ? m_Size - position
+                   : static_cast<uint64_t>(static_cast<const uint8_t*>(end) - (m_Bytes + position));
+    }
+
+    // Where the last name ends, or the table if the names do not.
+    uint64_t namesEnd() const {
+        uint64_t position = namesStart();
+        for (uint32_t i = 0; i < count() && position < m_Size; ++i) {
+            position += nameLength(position) + 1;
+        }
+        return std::min<uint64_t>(position, m_Size);
     }
 
 private:
@@ -110,9 +117,10 @@ bool Archive::readSymbolNames(const uint8_t* bytes, uint32_t size) {
     const SymbolTableView table(bytes, size);
     const uint32_t count = table.count();
     const uint64_t start = table.namesStart();
+    const uint64_t namesSize = table.namesEnd() - start;
     auto* names =
-        static_cast<char*>(alloclib::allocate(*m_ObjectRegion.get(), size - start + 1, 1));
-    std::memcpy(names, bytes + start, size - start);
+        static_cast<char*>(alloclib::allocate(*m_ObjectRegion.get(), namesSize + 1, 1));
+    std::memcpy(names, bytes + start, namesSize);
 
     uint64_t position = start;
     for (uint32_t i = 0; i < count; ++i) {
@@ -153,8 +161,8 @@ bool Archive::acceptTrailingZeros(const uint8_t* bytes, uint32_t size, uint64_t 
     while (position < size && bytes[position] == 0) {
         ++position;
     }
-    return position == size || (m_ErrorHandler != nullptr &&
-                                m_ErrorHandler->symbolTableExtra(this, position, end));
+    return position == size ||
+           (m_ErrorHandler != nullptr && m_ErrorHandler->symbolTableExtra(this, position, end));
 }
 
 namespace {

@@ -33,8 +33,7 @@ int TemporaryCopy::createFile() {
     for (int attempt = 0; attempt < attempts; ++attempt) {
         const std::string name = candidateName();
         errno = 0;
-        const int descriptor =
-            ::open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+        const int descriptor = ::open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
         if (descriptor >= 0) {
             m_Name = name;
             return descriptor;

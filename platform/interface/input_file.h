@@ -44,10 +44,10 @@ private:
 
 // What one look at a file gives: whether it is there, what it is, and how it begins.
 struct FileProbe {
-    bool exists = false;            // something stands under the name, readable or not
-    FileStatus status;              // valid if exists
-    int error = 0;                  // the host's number for why it could not be read; 0 if it could
-    std::span<const uint8_t> head;  // its first bytes, in the caller's buffer
+    bool exists = false;           // something stands under the name, readable or not
+    FileStatus status;             // valid if exists
+    int error = 0;                 // the host's number for why it could not be read; 0 if it could
+    std::span<const uint8_t> head; // its first bytes, in the caller's buffer
 };
 
 // Looks at a file: one opening serves its status and as many of its first bytes as the buffer

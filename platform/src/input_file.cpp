@@ -18,7 +18,8 @@ constexpr size_t largestRead = size_t{1} << 30;
 } // namespace
 
 InputFile::InputFile(InputFile&& other) noexcept
-    : m_Descriptor(std::exchange(other.m_Descriptor, -1)) {}
+    : m_Descriptor(std::exchange(other.m_Descriptor, -1)) {
+}
 
 InputFile& InputFile::operator=(InputFile&& other) noexcept {
     if (this != &other) {

@@ -115,8 +115,7 @@ CopyOutcome OutputFile::copyThroughBuffer(const InputFile& input, uint64_t offse
         if (m_Used == bufferCapacity && !flush()) {
             return CopyOutcome::OutputFailed;
         }
-        const auto count =
-            static_cast<size_t>(std::min<uint64_t>(size, bufferCapacity - m_Used));
+        const auto count = static_cast<size_t>(std::min<uint64_t>(size, bufferCapacity - m_Used));
         const int64_t got = input.readAt(m_Buffer.get() + m_Used, count, offset);
         if (got != static_cast<int64_t>(count)) {
             m_Error = got < 0 ? errno : EIO;

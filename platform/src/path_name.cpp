@@ -154,9 +154,9 @@ OwnedText directoryOf(const PathName& path, PathStyle style) {
 }
 
 OwnedText rootAndDirectory(const PathName& path, PathStyle style) {
-    std::string joined(viewOf(rootOf(path, style)));
-    joined += viewOf(directoryOf(path, style));
-    return copyText(joined);
+    const OwnedText root = rootOf(path, style);
+    const OwnedText directory = directoryOf(path, style);
+    return copyText(std::string(viewOf(root)) + std::string(viewOf(directory)));
 }
 
 OwnedText leafName(const PathName& path) {
@@ -182,7 +182,8 @@ void setLeafName(PathName& path, const char* text) {
 }
 
 OwnedText fullPath(const PathName& path, PathStyle style) {
-    std::string full(viewOf(rootAndDirectory(path, style)));
+    const OwnedText rootText = rootAndDirectory(path, style);
+    std::string full(viewOf(rootText));
     const OwnedText leaf = leafName(path);
     if (viewOf(leaf).empty()) {
         return copyText(full);

@@ -180,7 +180,7 @@ TEST(AlloclibDeathTest, FinishWithALiveRegion) {
     EXPECT_EXIT(
         {
             InitAlloclib();
-            RegionGeneral::Create(0, "left over");
+            reachable = RegionGeneral::Create(0, "left over");
             FinishAlloclib();
         },
         ExitedWithCode(1), Eq("Internal alloclib error: FreeAllStats called with live region\n"));

@@ -84,9 +84,8 @@ TEST_F(Model, FileThatIsNotThereCannotBeAdded) {
     EXPECT_EQ(archive.addMemberFromFile(pathOf("nothing").c_str()), nullptr) << "no handler";
     archive.setErrorHandler(&handler);
     EXPECT_EQ(archive.addMemberFromFile(pathOf("nothing").c_str()), nullptr);
-    EXPECT_EQ(handler.reports,
-              Names{"0: I/O error reading file '" + pathOf("nothing") +
-                    "': No such file or directory"});
+    EXPECT_EQ(handler.reports, Names{"0: I/O error reading file '" + pathOf("nothing") +
+                                     "': No such file or directory"});
     EXPECT_EQ(archive.getMembers().getSize(), 0U);
 }
 
@@ -129,8 +128,8 @@ TEST_F(Model, ForgivenRegionIsCut) {
 TEST_F(Model, RegionNameIsCutAtTheLastSeparator) {
     folder.write("f", "0123456789");
     arlib::Archive archive;
-    EXPECT_STREQ(
-        archive.addMemberFromFileRegion("a/b\\c.o", pathOf("f").c_str(), 0, 1)->getName(), "c.o");
+    EXPECT_STREQ(archive.addMemberFromFileRegion("a/b\\c.o", pathOf("f").c_str(), 0, 1)->getName(),
+                 "c.o");
     EXPECT_STREQ(archive.addMemberFromFileRegion("a/", pathOf("f").c_str(), 0, 1)->getName(), "");
 }
 
@@ -301,8 +300,7 @@ TEST_F(ModelDeath, MisuseIsAnInternalFault) {
     EXPECT_EXIT(member->setName(nullptr), testing::ExitedWithCode(1), "name != NULL");
     EXPECT_EXIT(archive.moveMember(member, 2), testing::ExitedWithCode(1), "newIndex <= count");
     EXPECT_EXIT(archive.deleteMember(nullptr), testing::ExitedWithCode(1), "member != NULL");
-    EXPECT_EXIT(archive.addMember(nullptr, 0, 0, 0, 0), testing::ExitedWithCode(1),
-                "name != NULL");
+    EXPECT_EXIT(archive.addMember(nullptr, 0, 0, 0, 0), testing::ExitedWithCode(1), "name != NULL");
 }
 
 } // namespace

@@ -105,9 +105,9 @@ TEST_F(Reader, ForgivenFieldsGetNeutralValues) {
 
 TEST_F(Reader, ForgivenRegionStillFindsNoContents) {
     handler.goesOn = true;
-    folder.write("lib.a",
-                 ArchiveBuilder().add({.name = "a.o", .contents = "12", .rawSize = "30        "})
-                     .bytes());
+    folder.write(
+        "lib.a",
+        ArchiveBuilder().add({.name = "a.o", .contents = "12", .rawSize = "30        "}).bytes());
     arlib::Archive archive;
     EXPECT_FALSE(read("lib.a", archive));
     EXPECT_EQ(handler.reports.back(), "0: I/O error reading file: Input/output error");
@@ -115,8 +115,7 @@ TEST_F(Reader, ForgivenRegionStillFindsNoContents) {
 
 TEST_F(Reader, SizeIsNeverForgiven) {
     handler.goesOn = true;
-    folder.write("lib.a",
-                 ArchiveBuilder().add({.name = "a.o", .rawSize = "ten       "}).bytes());
+    folder.write("lib.a", ArchiveBuilder().add({.name = "a.o", .rawSize = "ten       "}).bytes());
     arlib::Archive archive;
     EXPECT_FALSE(read("lib.a", archive));
     EXPECT_EQ(handler.reports, Names{"0: Archive member header starting at offset 8 contains "

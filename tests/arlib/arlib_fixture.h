@@ -56,9 +56,8 @@ using Names = std::vector<std::string>;
 inline Names namesOf(const arlib::Archive& archive) {
     Names names;
     for (const arlib::ArchiveMember* member : archive.getMembers()) {
-        names.push_back(member->isAuxiliary()
-                            ? (member == archive.getSymbolTable() ? "/" : "//")
-                            : member->getName());
+        names.push_back(member->isAuxiliary() ? (member == archive.getSymbolTable() ? "/" : "//")
+                                              : member->getName());
     }
     return names;
 }

@@ -68,8 +68,7 @@ TEST_F(Tables, NameOfSixteenCharactersIsLong) {
     add(archive, "another_long_name.o", "3");
     ASSERT_TRUE(archive.updateAuxiliaryMembers());
     ASSERT_NE(archive.getFileNameTable(), nullptr);
-    EXPECT_EQ(contentsOf(archive.getFileNameTable()),
-              "1234567890123456/\nanother_long_name.o/\n");
+    EXPECT_EQ(contentsOf(archive.getFileNameTable()), "1234567890123456/\nanother_long_name.o/\n");
     EXPECT_EQ(archive.getMembers()[2]->getLongNameOffset(), 0U);
     EXPECT_EQ(archive.getMembers()[3]->getLongNameOffset(), 18U);
     EXPECT_EQ(namesOf(archive)[0], "//");
@@ -174,8 +173,7 @@ TEST_F(Tables, AreRebuiltWithNeutralFields) {
     const testsupport::ParsedArchive parsed = written(archive);
     for (const char* table : {"/", "//"}) {
         ASSERT_NE(parsed.table(table), nullptr);
-        EXPECT_EQ(parsed.table(table)->header.substr(16, 32),
-                  "0           0     0     0       ");
+        EXPECT_EQ(parsed.table(table)->header.substr(16, 32), "0           0     0     0       ");
     }
 }
 

@@ -21,9 +21,8 @@ protected:
 Names symbolsOf(const arlib::Archive& archive) {
     Names names;
     for (const arlib::Symbol* symbol : archive.getSymbols()) {
-        names.push_back(std::string(symbol->getName()) +
-                        (symbol->hasBuildAttributes() ? "+" : "") + " in " +
-                        symbol->getDefiningMember()->getName());
+        names.push_back(std::string(symbol->getName()) + (symbol->hasBuildAttributes() ? "+" : "") +
+                        " in " + symbol->getDefiningMember()->getName());
     }
     return names;
 }

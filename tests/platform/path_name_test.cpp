@@ -55,8 +55,7 @@ constexpr PartsCase partsCases[] = {
     {"DriveAndTop", "C:\\a.o", PathStyle_Windows, "C:|\\|a|o"},
     {"DriveAndDirectory", "C:/d/e/a.o", PathStyle_Windows, "C:|\\d\\e|a|o"},
     {"UncRoot", "//server/share/d/a.o", PathStyle_Windows, "\\\\server\\share\\|d|a|o"},
-    {"UncWithoutSecondSeparator", "\\\\server\\a.o", PathStyle_Windows,
-     "(null)|\\\\server|a|o"},
+    {"UncWithoutSecondSeparator", "\\\\server\\a.o", PathStyle_Windows, "(null)|\\\\server|a|o"},
     {"UncRootMixed", "\\\\server\\share\\d/a.o", PathStyle_Mixed, "//server/share/|d|a|o"},
     {"WindowsTakesTheLaterSeparator", "a/b\\c.o", PathStyle_Windows, "(null)|a\\b|c|o"},
     {"MixedTakesTheSlash", "a/b\\c.o", PathStyle_Mixed, "(null)|a|b\\c|o"},
@@ -182,9 +181,7 @@ TEST(JoinAndNormalise, Cases) {
 }
 
 TEST(LongSystemPath, WindowsRules) {
-    const auto longPath = [](const char* name) {
-        return shown(longWindowsPath("C:\\x", name));
-    };
+    const auto longPath = [](const char* name) { return shown(longWindowsPath("C:\\x", name)); };
     EXPECT_EQ(longPath("a/./b/../c"), "\\\\?\\C:\\x\\a\\c");
     EXPECT_EQ(longPath("\\\\.\\COM1"), "\\\\.\\COM1");
     EXPECT_EQ(longPath("//?/C:/x"), "//?/C:/x");

@@ -26,15 +26,15 @@ TEST_P(WildcardMatch, Case) {
 INSTANTIATE_TEST_SUITE_P(
     Member, WildcardMatch,
     testing::Values(MatchCase{"A*.O", "abc.o", true}, MatchCase{"a*.o", "ABC.O", true},
-                    MatchCase{"?", "", false}, MatchCase{"?", "x", true},
-                    MatchCase{"", "", true}, MatchCase{"", "x", false},
-                    MatchCase{"*", "", true}, MatchCase{"***", "abc", true},
-                    MatchCase{"a*", "a", true}, MatchCase{"a**b", "ab", true},
-                    MatchCase{"a*b*c", "axxbyybzzc", true}, MatchCase{"a*b*c", "axxbyyc_", false},
-                    MatchCase{"*a?", "banana", false}, MatchCase{"*a?", "bananas", true},
-                    MatchCase{"x.o", "x.oo", false}, MatchCase{"x.oo", "x.o", false},
-                    MatchCase{"[ab]", "a", false}, MatchCase{"[ab]", "[AB]", true},
-                    MatchCase{"\xC3\x84", "\xC3\xA4", false}, MatchCase{"*\\", "a\\", true}));
+                    MatchCase{"?", "", false}, MatchCase{"?", "x", true}, MatchCase{"", "", true},
+                    MatchCase{"", "x", false}, MatchCase{"*", "", true},
+                    MatchCase{"***", "abc", true}, MatchCase{"a*", "a", true},
+                    MatchCase{"a**b", "ab", true}, MatchCase{"a*b*c", "axxbyybzzc", true},
+                    MatchCase{"a*b*c", "axxbyyc_", false}, MatchCase{"*a?", "banana", false},
+                    MatchCase{"*a?", "bananas", true}, MatchCase{"x.o", "x.oo", false},
+                    MatchCase{"x.oo", "x.o", false}, MatchCase{"[ab]", "a", false},
+                    MatchCase{"[ab]", "[AB]", true}, MatchCase{"\xC3\x84", "\xC3\xA4", false},
+                    MatchCase{"*\\", "a\\", true}));
 
 TEST(WildcardMatch, ManyStarsDoNotMultiplyTheCost) {
     std::string pattern;

@@ -1,0 +1,44 @@
+// Texts reach the user through the message library alone. The allocators are below it and write
+// their last words themselves; internal checks have an output of last resort.
+
+#include <regex>
+#include <set>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "tests/structure/source_files.h"
+
+namespace structure {
+namespace {
+
+const std::set<std::string> mayPrint = {"platform/src/internal_check.cpp"};
+
+bool prints(const std::string& line) {
+    static const std::regex call(
+        R"(\b(v?f?printf|f?puts|f?putc|putchar|fwrite|perror|psignal)\s*\(|\bstd::(cout|cerr|clog)\b|\bstd::print)");
+    const std::string code = line.substr(0, line.find("//"));
+    return std::regex_search(code, call);
+}
+
+TEST(PrintingRules, ARecogniserThatFindsCalls) {
+    EXPECT_TRUE(prints("    std::printf(\"x\");"));
+    EXPECT_TRUE(prints("    fputs(text, stderr);"));
+    EXPECT_TRUE(prints("    std::cerr << x;"));
+    EXPECT_FALSE(prints("    std::snprintf(text, sizeof text, \"x\");"));
+    EXPECT_FALSE(prints("    // printf(\"x\")"));
+    EXPECT_FALSE(prints("    messages::printText(\"x\");"));
+}
+
+TEST(PrintingRules, NobodyElsePrints) {
+    for (const char* room :
+         {"platform", "tabledrivenparser", "elfext", "attributes", "arlib", "tomex"}) {
+        for (const SourceLine& line : linesBelow(room)) {
+            EXPECT_TRUE(!prints(line.text) || mayPrint.contains(line.file))
+                << line.file << ":" << line.number << ": " << line.text;
+        }
+    }
+}
+
+} // namespace
+} // namespace structure

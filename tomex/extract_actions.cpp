@@ -1,0 +1,66 @@
+#include "tomex/extract_actions.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+#include "arlib/interface/archive.h"
+#include "messages/interface/byte_output.h"
+#include "messages/interface/message_keys.h"
+#include "messages/interface/report.h"
+#include "platform/interface/file_query.h"
+#include "platform/interface/output_file.h"
+#include "tomex/command_report.h"
+
+namespace tomex {
+namespace {
+
+// The longest name that a file gets, with or without -T.
+constexpr uint32_t longestFileName = 260;
+
+void reportWriteFailure(const arlib::ArchiveMember& member, int error) {
+    messages::report(messages::Severity_Error, messages::MessageKey_ExtractWriteError,
+                     member.getName(), std::strerror(error));
+}
+
+} // namespace
+
+void extractMember(arlib::ArchiveMember& member) {
+    const CommandState& state = commandState();
+    if (member.getNameLength() > longestFileName && !state.truncateNames) {
+        messages::report(messages::Severity_Error, messages::MessageKey_FileNameTooLong,
+                         member.getName());
+        return;
+    }
+    const std::string name = std::string(member.getName()).substr(0, longestFileName);
+    if (!state.overwriteOnExtract && platform::fileKind(name.c_str()) != platform::FileKind_None) {
+        messages::report(messages::Severity_Error, messages::MessageKey_FileAlreadyExists,
+                         name.c_str());
+        return;
+    }
+    platform::OutputFile file;
+    if (!file.create(name.c_str(), member.getArchive()->getFileStatus())) {
+        reportWriteFailure(member, errno);
+        return;
+    }
+    reportIfVerbose(messages::MessageKey_ExtractedMember, member.getName());
+    if (member.copyContents(file) == platform::CopyOutcome::InputFailed) {
+        file.discardAll(); // half a member is worse than an empty file
+        return;
+    }
+    if (!file.close()) {
+        reportWriteFailure(member, file.error());
+        std::remove(name.c_str());
+    }
+}
+
+void printMember(arlib::ArchiveMember& member) {
+    reportIfVerbose(messages::MessageKey_PrintedMember, member.getName());
+    if (member.ensureContents()) {
+        messages::printBytesToStandardOutput(member.getContents()->bytes(), member.getSize());
+        member.releaseContents();
+    }
+}
+
+} // namespace tomex
