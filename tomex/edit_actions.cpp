@@ -1,7 +1,7 @@
 #include "tomex/edit_actions.h"
 
-#include <algorithm>
 #include <cstring>
+#include <string>
 #include <unordered_set>
 #include <vector>
 
@@ -38,18 +38,13 @@ void moveMembers(arlib::Archive& archive, const ArchiveReadStatus& status, int64
         reportArchiveNotFound(archive, status);
         return;
     }
-    std::vector<arlib::ArchiveMember*> selected;
     for (const char* word : commandState().fileList) {
-        selectMembers(archive, word, selected);
-        const auto first =
-            std::find_if(selected.begin(), selected.end(),
-                         [](const arlib::ArchiveMember* m) { return !m->isAuxiliary(); });
-        if (first == selected.end()) {
+        arlib::ArchiveMember* member = selectFirstMember(archive, word);
+        if (member == nullptr) {
             messages::report(messages::Severity_Error, messages::MessageKey_MemberNotPresent, word,
                              archive.getFileName());
             continue;
         }
-        arlib::ArchiveMember* member = *first;
         int64_t target = int64_t{archive.getMembers().getSize()} - 1;
         if (position >= 0) {
             // Taking the member out from before the position shifts the position.
@@ -70,9 +65,13 @@ void deleteMembers(arlib::Archive& archive, const ArchiveReadStatus& status) {
     // match.
     std::vector<arlib::ArchiveMember*> doomed;
     std::unordered_set<const arlib::ArchiveMember*> isDoomed;
+    std::unordered_set<std::string> doneWords;
     std::vector<arlib::ArchiveMember*> selected;
     for (const char* word : commandState().fileList) {
-        selectMembers(archive, word, selected);
+        selected.clear();
+        if (doneWords.insert(word).second) { // a word that comes again finds nothing left
+            selectMembers(archive, word, selected);
+        }
         bool isFound = false;
         for (auto member = selected.rbegin(); member != selected.rend(); ++member) {
             if (isDoomed.insert(*member).second) {

@@ -1,6 +1,6 @@
-// The actions that change the archive: insert, delete, move.
+// The actions that delete and move members, and the position that -a and -b mean.
 //
-// They change the Archive in memory only; the run decides afterwards whether it is written. An
+// Actions change the Archive in memory only; the run decides afterwards whether it is written. An
 // error in one word does not stop the others.
 #pragma once
 
@@ -17,13 +17,6 @@ inline constexpr int64_t positionNotFound = -2;
 
 // The index that -a, -b or -i means, or one of the two values above.
 int64_t resolvePosition(const arlib::Archive& archive);
-
-// True if the update mode lets a file of fileDate replace a member of memberDate.
-bool replacePermitted(uint32_t updateMode, int64_t memberDate, int64_t fileDate);
-
-// Inserts or replaces the files of the command line; a file that is itself an archive has its
-// members merged. A position is advanced behind each new member, so that they land in order.
-void insertFiles(arlib::Archive& archive, ArchiveReadStatus& status, int64_t& position);
 
 // Moves the first match of each word to the position, or to the end.
 void moveMembers(arlib::Archive& archive, const ArchiveReadStatus& status, int64_t& position);

@@ -9,7 +9,6 @@
 #include "messages/interface/byte_output.h"
 #include "messages/interface/message_keys.h"
 #include "messages/interface/report.h"
-#include "platform/interface/file_query.h"
 #include "platform/interface/output_file.h"
 #include "tomex/command_report.h"
 
@@ -34,13 +33,16 @@ void extractMember(arlib::ArchiveMember& member) {
         return;
     }
     const std::string name = std::string(member.getName()).substr(0, longestFileName);
-    if (!state.overwriteOnExtract && platform::fileKind(name.c_str()) != platform::FileKind_None) {
+    platform::OutputFile file;
+    const bool isOpen = state.overwriteOnExtract
+                            ? file.overwrite(name.c_str(), member.getArchive()->getFileStatus())
+                            : file.createNew(name.c_str());
+    if (!isOpen && !state.overwriteOnExtract && errno == EEXIST) {
         messages::report(messages::Severity_Error, messages::MessageKey_FileAlreadyExists,
                          name.c_str());
         return;
     }
-    platform::OutputFile file;
-    if (!file.create(name.c_str(), member.getArchive()->getFileStatus())) {
+    if (!isOpen) {
         reportWriteFailure(member, errno);
         return;
     }

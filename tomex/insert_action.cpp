@@ -1,4 +1,4 @@
-// The insert action: -r, -q and --create.
+#include "tomex/insert_action.h"
 
 #include <cstring>
 
@@ -11,7 +11,6 @@
 #include "platform/interface/path_name.h"
 #include "tomex/command_report.h"
 #include "tomex/command_state.h"
-#include "tomex/edit_actions.h"
 #include "tomex/exit_path.h"
 
 namespace tomex {

@@ -30,12 +30,26 @@ bool matchName(const char* pattern, const char* memberName) {
     return platform::wildcardMatch(leafOf(pattern), leafOf(memberName));
 }
 
+namespace {
+
+// A word that can be looked up; others are matched against every name.
+bool isPlainName(std::string_view leaf) {
+    return !platform::hasWildcard(leaf) && leaf.size() < comparedLength;
+}
+
+// Members are named without folders, so a member's name is its own leaf.
+bool matchesLeaf(std::string_view leaf, const arlib::ArchiveMember& member) {
+    const std::string_view name(member.getName(), member.getNameLength());
+    return platform::wildcardMatch(leaf, name.substr(0, comparedLength));
+}
+
+} // namespace
+
 void selectMembers(arlib::Archive& archive, const char* word,
                    std::vector<arlib::ArchiveMember*>& selected) {
     selected.clear();
     const std::string_view leaf = leafOf(word);
-    const bool isPlainName = !platform::hasWildcard(leaf) && leaf.size() < comparedLength;
-    if (isPlainName) {
+    if (isPlainName(leaf)) {
         arlib::ArchiveMemberList found;
         archive.findMembers(leaf.data(), found);
         for (uint32_t i = 0; i < found.getSize(); ++i) {
@@ -44,10 +58,23 @@ void selectMembers(arlib::Archive& archive, const char* word,
         return;
     }
     for (arlib::ArchiveMember* member : archive.getMembers()) {
-        if (platform::wildcardMatch(leaf, leafOf(member->getName()))) {
+        if (matchesLeaf(leaf, *member)) {
             selected.push_back(member);
         }
     }
+}
+
+arlib::ArchiveMember* selectFirstMember(arlib::Archive& archive, const char* word) {
+    const std::string_view leaf = leafOf(word);
+    if (isPlainName(leaf)) {
+        return archive.findFirstMember(leaf.data());
+    }
+    for (arlib::ArchiveMember* member : archive.getMembers()) {
+        if (!member->isAuxiliary() && matchesLeaf(leaf, *member)) {
+            return member;
+        }
+    }
+    return nullptr;
 }
 
 void forEachNamedMember(arlib::Archive& archive, const tabledrivenparser::StrList& words,

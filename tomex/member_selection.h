@@ -17,6 +17,9 @@ bool matchName(const char* pattern, const char* memberName);
 void selectMembers(arlib::Archive& archive, const char* word,
                    std::vector<arlib::ArchiveMember*>& selected);
 
+// The first of them that is not auxiliary, or null.
+arlib::ArchiveMember* selectFirstMember(arlib::Archive& archive, const char* word);
+
 // What is done to each selected member.
 using MemberOperation = void (*)(arlib::ArchiveMember& member);
 

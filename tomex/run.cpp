@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <span>
+#include <string>
 #include <string_view>
 
 #include "alloclib/interface/default_region.h"
@@ -13,8 +14,10 @@
 #include "messages/interface/parse_reporter.h"
 #include "messages/interface/report.h"
 #include "platform/interface/file_query.h"
+#include "platform/interface/folder_search.h"
 #include "platform/interface/internal_check.h"
 #include "platform/interface/path_name.h"
+#include "platform/interface/program_name.h"
 #include "platform/interface/wildcard.h"
 #include "tabledrivenparser/interface/parser.h"
 #include "tomex/archive_error_handler.h"
@@ -24,6 +27,7 @@
 #include "tomex/edit_actions.h"
 #include "tomex/exit_path.h"
 #include "tomex/extract_actions.h"
+#include "tomex/insert_action.h"
 #include "tomex/member_selection.h"
 #include "tomex/option_handlers.h"
 #include "tomex/option_table.h"
@@ -51,7 +55,8 @@ const char* archiveNameOf(const Parameters& parameters) {
     return words == nullptr || words->empty() ? nullptr : *words->begin();
 }
 
-// True if there is an archive to work on; otherwise the user has been told what is missing.
+// True if there is an archive to work on; otherwise the user has got the usage, the banner or a
+// word on what is missing.
 bool checkArchiveName(const char* archiveName, int argc, const char* toolName) {
     const CommandState& state = commandState();
     if (state.helpRequested || (argc < 2 && !state.forceCreate)) {
@@ -71,23 +76,22 @@ bool checkArchiveName(const char* archiveName, int argc, const char* toolName) {
 // Puts the files that a word means on the list: all matches in the word's folder, in byte order.
 // Only wildcards are looked up: a plain word stands for itself whether or not there is such a file.
 void expandWord(const char* word, StrList& list) {
-    platform::OwnedPath path = platform::newPath(word, platform::hostPathStyle);
+    const platform::OwnedPath path = platform::newPath(word, platform::hostPathStyle);
     const platform::OwnedText leaf = platform::leafName(*path);
-    const char* name = nullptr;
+    const std::string_view leafText = platform::viewOf(leaf);
+    // The folder as the user wrote it: a rendered one may be another.
+    std::string_view folder(word);
+    folder.remove_suffix(leafText.size());
     platform::MatchIterator matches;
-    if (platform::hasWildcard(leaf.get())) {
-        const platform::OwnedText folder =
-            platform::rootAndDirectory(*path, platform::PathStyle_Unknown);
-        name = platform::firstMatch(folder.get(), leaf.get(), matches);
-    }
+    const char* name = platform::hasWildcard(leafText)
+                           ? platform::firstMatch(std::string(folder).c_str(), leaf.get(), matches)
+                           : nullptr;
     if (name == nullptr) {
         list.append(word);
         return;
     }
     for (; name != nullptr; name = platform::nextMatch(matches)) {
-        platform::setLeafName(*path, name);
-        const platform::OwnedText full = platform::fullPath(*path, platform::PathStyle_Unknown);
-        list.append(alloclib::copyString(alloclib::defaultRegion(), full.get()));
+        list.append(alloclib::copyString(alloclib::defaultRegion(), std::string(folder) + name));
     }
 }
 
@@ -133,7 +137,7 @@ void prepareArchive(arlib::Archive& archive, arlib::ErrorHandler& handler,
 
 // False if there is an archive that cannot be read. Under --create the old file is not looked at.
 bool openArchive(arlib::Archive& archive, ArchiveReadStatus& status, const char* archiveName) {
-    if (platform::fileKind(archiveName) == platform::FileKind_None) {
+    if (platform::isAbsent(archiveName)) {
         status.errorNumber = ENOENT;
         status.missing = true;
         return true;
@@ -176,10 +180,14 @@ void visitMembers(arlib::Archive& archive, const ArchiveReadStatus& status,
 void dispatch(arlib::Archive& archive, ArchiveReadStatus& status, int64_t position) {
     switch (commandState().action) {
     case Action_None:
+        return;
     case Action_Entries:
     case Action_Sizes:
     case Action_Summary:
     case Action_SymbolTable:
+        if (status.missing) {
+            reportArchiveNotFound(archive, status);
+        }
         return;
     case Action_Insert:
         insertFiles(archive, status, position);
@@ -242,6 +250,7 @@ void workOnArchive(const char* archiveName) {
         return;
     }
     dispatch(archive, status, position);
+    archive.closeSources();
     decideOnSymbolTable(archive);
     // A run with an error never touches the archive file.
     if (!hasErrors()) {

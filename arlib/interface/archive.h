@@ -79,11 +79,11 @@ public:
 
     // Whether symbols of debug sections are listed; whether a name is listed only once; whether
     // attributes come from the attributes section rather than from marker symbols.
-    void setDebugSymbols(bool on) { m_DebugSymbols = on; }
+    void setDebugSymbols(bool on);
     bool getDebugSymbols() const { return m_DebugSymbols; }
-    void setUniqueSymbols(bool on) { m_UniqueSymbols = on; }
+    void setUniqueSymbols(bool on);
     bool getUniqueSymbols() const { return m_UniqueSymbols; }
-    void setBuildAttributesFromSection(bool on) { m_BuildAttributesFromSection = on; }
+    void setBuildAttributesFromSection(bool on);
     bool getBuildAttributesFromSection() const { return m_BuildAttributesFromSection; }
 
     // What the library promises of all its members, if it does.
@@ -153,8 +153,16 @@ public:
     // All members of this name, in list order. Case of letters does not count.
     void findMembers(const char* name, ArchiveMemberList& result);
 
-    // The first member of this name that stands as it was read, or null.
+    // The first member of this name, or null; never an auxiliary one.
+    ArchiveMember* findFirstMember(const char* name);
+
+    // The first member of this name that stands as it was read, or null; never an auxiliary one,
+    // though a member read with a flaw may be as nameless as those.
     ArchiveMember* findUnchangedMember(const char* name);
+
+    // Closes the files that contents of members were read from. False if that failed, which has
+    // been reported.
+    bool closeSources();
 
     // Brings the file name table, the symbol table and all offsets up to date, and puts the tables
     // in front. False if a table could not be made; it is then still out of date.
@@ -183,10 +191,11 @@ private:
     std::shared_ptr<SourceFile> acceptFile(const char* fileName, const platform::FileStatus& status,
                                            int error);
     bool acceptRegion(const char* memberName, FileRegion& region);
-    ArchiveMember* appendMember(const char* name);
+    ArchiveMember* appendMember(const char* name, uint32_t length);
     static FileRegion wholeFile(SourceFilePointer source);
     static FileRegion regionOf(const ArchiveMember& member);
     ArchiveMember* appendFromRegion(const char* memberName, FileRegion region);
+    ArchiveMember* appendAccepted(const char* ownName, uint32_t length, FileRegion region);
     bool replaceFromRegion(ArchiveMember* member, FileRegion region);
     void shiftMember(uint32_t oldIndex, uint32_t newIndex);
     void markTablesStale();
@@ -205,6 +214,7 @@ private:
     void removeTable(ArchiveMember*& table);
     void moveTablesToFront();
     ArchiveMember* memberAtOffset(uint32_t offset) const;
+    bool makeRoomForTable(ArchiveMember* table, uint64_t size);
     ArchiveMember* prepareTable(ArchiveMember* table, const ArchiveMemberType* type, uint64_t size);
     void layOutMembers();
     void sortSymbols();
@@ -235,6 +245,7 @@ private:
     std::unique_ptr<MemberIndex> m_MemberIndex; // null until a member is looked up by name
     std::unique_ptr<ContentsSources> m_Sources;
     uint64_t m_KeptByteCount = 0;
+    bool m_TableFailed = false; // a table's contents could not be made; reported
 };
 
 } // namespace arlib

@@ -54,7 +54,8 @@ private:
 
 class ArchiveMember {
 public:
-    ArchiveMember(Archive* archive, const char* name);
+    // The name, of so many characters and a NUL, lives as long as the archive.
+    ArchiveMember(Archive* archive, const char* name, uint32_t nameLength);
     ArchiveMember(const ArchiveMember&) = delete;
     ArchiveMember& operator=(const ArchiveMember&) = delete;
     virtual ~ArchiveMember();

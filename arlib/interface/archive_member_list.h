@@ -14,6 +14,7 @@ class ArchiveMemberList : public elfext::inline_list<ArchiveMember, 3> {
 public:
     ArchiveMember* get(uint32_t index) const {
         TOMEX_CHECK(index < m_Size);
+        TOMEX_CHECK_TEXT(entry(index) != nullptr, "member != NULL");
         return entry(index);
     }
     void set(uint32_t index, ArchiveMember* member) {

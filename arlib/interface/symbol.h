@@ -1,13 +1,13 @@
 // A name that the archive symbol table lists, and the member that defines it.
 #pragma once
 
+#include "arlib/interface/archive_member.h"
 #include "attributes/interface/full_attr.h"
 #include "platform/interface/internal_check.h"
 
 namespace arlib {
 
 class Archive;
-class ArchiveMember;
 
 // A plain object in its archive's region: it lives until the archive is cleared.
 class Symbol {
@@ -19,6 +19,7 @@ public:
         TOMEX_CHECK_TEXT(name != nullptr, "name != NULL");
         TOMEX_CHECK_TEXT(archive != nullptr, "archive != NULL");
         TOMEX_CHECK_TEXT(definingMember != nullptr, "definingMember != NULL");
+        TOMEX_CHECK(definingMember->getArchive() == archive);
     }
 
     const char* getName() const { return m_Name; }

@@ -14,6 +14,7 @@ class SymbolList : public elfext::inline_list<Symbol, 3> {
 public:
     Symbol* get(uint32_t index) const {
         TOMEX_CHECK(index < m_Size);
+        TOMEX_CHECK_TEXT(entry(index) != nullptr, "symbol != NULL");
         return entry(index);
     }
     void set(uint32_t index, Symbol* symbol) {

@@ -55,7 +55,23 @@ void Archive::markSymbolTableStale() {
     m_SymbolTableUpToDate = false;
 }
 
+void Archive::setDebugSymbols(bool on) {
+    requireWritable();
+    m_DebugSymbols = on;
+}
+
+void Archive::setUniqueSymbols(bool on) {
+    requireWritable();
+    m_UniqueSymbols = on;
+}
+
+void Archive::setBuildAttributesFromSection(bool on) {
+    requireWritable();
+    m_BuildAttributesFromSection = on;
+}
+
 void Archive::setLibraryAttributes(const attributes::FullAttr& libraryAttributes) {
+    requireWritable();
     m_HasLibraryAttributes = true;
     m_LibraryAttributes = libraryAttributes;
     m_SymbolTableUpToDate = false;
@@ -76,6 +92,18 @@ void Archive::clear() {
     m_FileNameTableUpToDate = true;
     m_SymbolTableUpToDate = true;
     m_Sources->closeAll();
+}
+
+bool Archive::closeSources() {
+    if (m_Sources->closeAll()) {
+        return true;
+    }
+    const int error = errno;
+    if (m_ErrorHandler != nullptr) {
+        m_ErrorHandler->closeError(this, m_FileName, error);
+    }
+    errno = error;
+    return false;
 }
 
 uint32_t Archive::getIndex(const ArchiveMember* member) const {
@@ -123,10 +151,11 @@ void Archive::moveMember(ArchiveMember* member, uint32_t newIndex) {
     markTablesStale();
 }
 
-ArchiveMember* Archive::appendMember(const char* name) {
-    void* memory = m_ObjectRegion.get()->Alloc(sizeof(ArchiveMember), alignof(ArchiveMember),
-                                               "arlib::ArchiveMember");
-    auto* member = new (memory) ArchiveMember(this, copyName(name));
+// The name is the archive's own already.
+ArchiveMember* Archive::appendMember(const char* ownName, uint32_t length) {
+    void* memory =
+        alloclib::allocate(*m_ObjectRegion.get(), sizeof(ArchiveMember), alignof(ArchiveMember));
+    auto* member = new (memory) ArchiveMember(this, ownName, length);
     m_ArchiveMembers.add(member);
     addToIndex(member);
     return member;
@@ -136,7 +165,8 @@ ArchiveMember* Archive::addMember(const char* name, int64_t date, int32_t uid, i
                                   uint32_t mode) {
     TOMEX_CHECK_TEXT(name != nullptr, "name != NULL");
     requireWritable();
-    ArchiveMember* member = appendMember(name);
+    ArchiveMember* member = appendMember(copyName(name), static_cast<uint32_t>(std::strlen(name)));
+    member->m_Changed = true;
     member->m_Date = date;
     member->m_Uid = uid;
     member->m_Gid = gid;
@@ -147,10 +177,20 @@ ArchiveMember* Archive::addMember(const char* name, int64_t date, int32_t uid, i
     return member;
 }
 
+namespace {
+
+// User and group numbers that the fields of a member hold.
+bool isOwner(int64_t number) {
+    return number >= 0 && number <= INT32_MAX;
+}
+
+} // namespace
+
 std::shared_ptr<SourceFile> Archive::acceptFile(const char* fileName,
                                                 const platform::FileStatus& status, int error) {
-    const bool isGood = status.kind != platform::FileKind_None && status.date >= 0 &&
-                        status.size >= 0 && status.uid >= 0 && status.gid >= 0 && status.mode != 0;
+    const bool hasContents = status.isRegular || status.kind == platform::FileKind_Directory;
+    const bool isGood = hasContents && status.date >= 0 && status.size >= 0 &&
+                        isOwner(status.uid) && isOwner(status.gid) && status.mode != 0;
     if (!isGood) {
         if (m_ErrorHandler != nullptr) {
             m_ErrorHandler->readError(this, fileName, error);
@@ -165,10 +205,11 @@ std::shared_ptr<SourceFile> Archive::acceptFile(const char* fileName,
 
 namespace {
 
-// Why a file that was found has no size of its own: it cannot be read at an offset.
-int errorOfStatus(const platform::FileStatus& status, int error) {
-    const bool hasNoSize = status.kind != platform::FileKind_None && status.size < 0;
-    return hasNoSize && error == 0 ? ESPIPE : error;
+// Why a file that was found cannot be a member, where no host call has failed: a pipe or a device
+// has no contents at an offset, and what other number is negative does not fit the format.
+int errorOfStatus(const platform::FileStatus& status) {
+    const bool hasContents = status.isRegular || status.kind == platform::FileKind_Directory;
+    return hasContents ? EOVERFLOW : ESPIPE;
 }
 
 } // namespace
@@ -177,13 +218,14 @@ Archive::SourceFilePointer Archive::describeFile(const char* fileName) {
     TOMEX_CHECK_TEXT(fileName != nullptr, "fileName != NULL");
     errno = 0;
     const platform::FileStatus status = platform::queryFile(fileName);
-    const int error = status.kind == platform::FileKind_None ? errno : 0;
-    return acceptFile(fileName, status, errorOfStatus(status, error));
+    const int error = errno;
+    const bool isThere = status.kind != platform::FileKind_None;
+    return acceptFile(fileName, status, isThere ? errorOfStatus(status) : error);
 }
 
 Archive::SourceFilePointer Archive::describeFile(const char* fileName,
                                                  const platform::FileProbe& probe) {
-    const int error = errorOfStatus(probe.status, probe.exists ? 0 : probe.error);
+    const int error = probe.exists ? errorOfStatus(probe.status) : probe.error;
     std::shared_ptr<SourceFile> source = acceptFile(fileName, probe.status, error);
     const size_t size = probe.head.size();
     const bool isWhole = source && probe.status.isRegular && size != 0 &&
@@ -228,25 +270,17 @@ bool Archive::acceptRegion(const char* memberName, FileRegion& region) {
     return true;
 }
 
-void ArchiveMember::takeRegion(std::shared_ptr<const SourceFile> source, uint64_t offset,
-                               uint32_t size) {
-    const platform::FileStatus& status = source->status;
-    m_Contents.reset();
-    m_Date = status.date;
-    m_Uid = static_cast<int32_t>(status.uid);
-    m_Gid = static_cast<int32_t>(status.gid);
-    m_Mode = status.mode;
-    m_Size = size;
-    m_ContentsLocation = std::make_unique<ContentsLocation>(this, std::move(source), false, offset);
-    m_Type = ArchiveMemberType::computeType(*this);
-    contentsChanged();
-}
-
 ArchiveMember* Archive::appendFromRegion(const char* memberName, FileRegion region) {
     if (!region.source || !acceptRegion(memberName, region)) {
         return nullptr;
     }
-    ArchiveMember* member = appendMember(platform::fileNameLeaf(memberName));
+    const char* leaf = platform::fileNameLeaf(memberName);
+    return appendAccepted(copyName(leaf), static_cast<uint32_t>(std::strlen(leaf)),
+                          std::move(region));
+}
+
+ArchiveMember* Archive::appendAccepted(const char* ownName, uint32_t length, FileRegion region) {
+    ArchiveMember* member = appendMember(ownName, length);
     member->takeRegion(std::move(region.source), region.offset, static_cast<uint32_t>(region.size));
     return member;
 }

@@ -2,12 +2,15 @@
 
 #include <cerrno>
 #include <cstring>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "arlib/interface/archive.h"
 #include "arlib/interface/archive_format.h"
 #include "arlib/src/contents_source.h"
+#include "arlib/src/long_names.h"
 #include "arlib/src/number_field.h"
 #include "platform/interface/internal_check.h"
 
@@ -52,7 +55,8 @@ struct HeaderValues {
     uint32_t mode = 0;
     uint32_t size = 0;
     uint32_t longNameOffset = 0xFFFFFFFF;
-    std::string name;
+    std::string name;          // a short one, folders and all
+    std::string_view longName; // a long one, the archive's own; null data if there is none
 };
 
 } // namespace
@@ -84,6 +88,7 @@ private:
     bool readLongName(HeaderValues& values);
     bool takeLongName(uint32_t index, HeaderValues& values);
     ArchiveMember* addMember(const HeaderValues& values);
+    ArchiveMember* appendMember(const HeaderValues& values);
     bool readContents(ArchiveMember* member, uint32_t size);
     bool readTable(ArchiveMember* member, uint32_t size);
     bool readPadding(uint64_t offset);
@@ -100,6 +105,7 @@ private:
     SourceFilePointer m_Source;
     MemberHeader m_Header = {};
     NameForm m_Form = NameForm::Short;
+    std::optional<LongNames> m_LongNames;
     uint64_t m_Position = archiveMagicSize; // of the present header
     uint32_t m_MemberCount = 0;
 };
@@ -269,14 +275,27 @@ bool ArchiveFileReader::Pass::takeLongName(uint32_t index, HeaderValues& values)
     if (isOutside || isAtEntryEnd) {
         return forgiven(&ErrorHandler::longNameIndexRange, m_Position, index, contents.size());
     }
-    const std::string_view rest = table.substr(index);
-    values.name = rest.substr(0, rest.find(longNameEnd));
+    if (!m_LongNames) {
+        m_LongNames.emplace(table, m_Archive.m_ObjectRegion.get());
+    }
+    values.longName = m_LongNames->nameAt(index);
     return true;
 }
 
+ArchiveMember* ArchiveFileReader::Pass::appendMember(const HeaderValues& values) {
+    Archive::FileRegion region{m_Source, m_Position + memberHeaderSize, values.size};
+    if (values.longName.data() == nullptr) {
+        return m_Archive.appendFromRegion(values.name.c_str(), std::move(region));
+    }
+    if (!m_Archive.acceptRegion(values.longName.data(), region)) {
+        return nullptr;
+    }
+    return m_Archive.appendAccepted(
+        values.longName.data(), static_cast<uint32_t>(values.longName.size()), std::move(region));
+}
+
 ArchiveMember* ArchiveFileReader::Pass::addMember(const HeaderValues& values) {
-    ArchiveMember* member = m_Archive.appendFromRegion(
-        values.name.c_str(), {m_Source, m_Position + memberHeaderSize, values.size});
+    ArchiveMember* member = appendMember(values);
     if (member != nullptr) {
         member->m_LongNameOffset = values.longNameOffset;
         member->m_Date = values.date;

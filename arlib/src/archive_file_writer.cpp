@@ -75,7 +75,7 @@ public:
     bool writeAll();
     bool closeTemporaryFile();
     bool replaceTarget();
-    bool relocateMembers();
+    void relocateMembers();
 
 private:
     bool writeFailed(const char* name, int error);
@@ -100,14 +100,13 @@ bool ArchiveFileWriter::Pass::writeFailed(const char* name, int error) {
 
 // Leaves nothing but the old archive.
 bool ArchiveFileWriter::Pass::abandon() {
-    m_Output.close();
+    m_Output.abandon();
     platform::removeGuardedFile();
     return false;
 }
 
 bool ArchiveFileWriter::Pass::checkTarget() {
-    const bool isThere = platform::fileKind(m_FileName) != platform::FileKind_None;
-    if (!isThere || platform::isWritable(m_FileName)) {
+    if (platform::isAbsent(m_FileName) || platform::isWritable(m_FileName)) {
         return true;
     }
     if (m_Handler != nullptr) {
@@ -184,12 +183,8 @@ bool ArchiveFileWriter::Pass::writeAll() {
         return outputFailed();
     }
     // The inputs are closed while the output can still be given up.
-    if (!m_Archive.m_Sources->closeAll()) {
-        const int error = errno;
-        if (m_Handler != nullptr) {
-            m_Handler->closeError(&m_Archive, m_Archive.getFileName(), error);
-        }
-        writeFailed(m_TemporaryName.c_str(), error);
+    if (!m_Archive.closeSources()) {
+        writeFailed(m_TemporaryName.c_str(), errno);
         return abandon();
     }
     return true;
@@ -214,7 +209,9 @@ bool ArchiveFileWriter::Pass::replaceTarget() {
 
 // For hosts and file systems on which a rename does not replace a file.
 bool ArchiveFileWriter::Pass::replaceInTwoSteps(int renameError) {
-    if (platform::fileKind(m_FileName) != platform::FileKind_None) {
+    // Between the two steps only the temporary file holds the members: no signal may take it.
+    const platform::StoppingSignalsHeld held;
+    if (!platform::isAbsent(m_FileName)) {
         errno = 0;
         if (::unlink(m_FileName) != 0) { // which, unlike remove, spares an empty folder
             const int error = errno;
@@ -234,7 +231,7 @@ bool ArchiveFileWriter::Pass::replaceInTwoSteps(int renameError) {
     return false;
 }
 
-bool ArchiveFileWriter::Pass::relocateMembers() {
+void ArchiveFileWriter::Pass::relocateMembers() {
     m_Archive.setFileName(m_FileName);
     auto source = std::make_shared<SourceFile>();
     source->name = m_FileName;
@@ -247,7 +244,6 @@ bool ArchiveFileWriter::Pass::relocateMembers() {
             std::make_unique<ContentsLocation>(member, source, false, offset + memberHeaderSize);
         offset = nextMemberOffset(offset, member->getSize());
     }
-    return true;
 }
 
 bool ArchiveFileWriter::writeFile(const char* fileName, Archive& archive) {
@@ -256,11 +252,16 @@ bool ArchiveFileWriter::writeFile(const char* fileName, Archive& archive) {
     if (!pass.checkTarget()) {
         return false;
     }
-    // A table that could not be made has been reported; the archive is written without it being
-    // up to date, since members matter more than their index.
+    // What its answer tells has been reported. An index that is behind the members is no reason to
+    // lose them, but without room for a table there is no archive that names them rightly.
     archive.updateAuxiliaryMembers();
-    return pass.checkSizes() && pass.createTemporaryFile() && pass.writeAll() &&
-           pass.closeTemporaryFile() && pass.replaceTarget() && pass.relocateMembers();
+    const bool isWritten = !archive.m_TableFailed && pass.checkSizes() &&
+                           pass.createTemporaryFile() && pass.writeAll() &&
+                           pass.closeTemporaryFile() && pass.replaceTarget();
+    if (isWritten) {
+        pass.relocateMembers();
+    }
+    return isWritten;
 }
 
 } // namespace arlib

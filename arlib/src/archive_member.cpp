@@ -35,8 +35,8 @@ bool MemberContents::resize(uint32_t size) {
     return true;
 }
 
-ArchiveMember::ArchiveMember(Archive* archive, const char* name)
-    : m_Archive(archive), m_Name(name), m_NameLength(static_cast<uint32_t>(std::strlen(name))),
+ArchiveMember::ArchiveMember(Archive* archive, const char* name, uint32_t nameLength)
+    : m_Archive(archive), m_Name(name), m_NameLength(nameLength),
       m_Symbols(archive->m_ContainerRegion.get()),
       m_SortedSymbols(archive->m_ContainerRegion.get()) {
 }
@@ -262,6 +262,20 @@ void ArchiveMember::contentsChanged() {
     m_Archive->m_ArchiveMemberOffsetsUpToDate = false;
 }
 
+void ArchiveMember::takeRegion(std::shared_ptr<const SourceFile> source, uint64_t offset,
+                               uint32_t size) {
+    const platform::FileStatus& status = source->status;
+    m_Contents.reset();
+    m_Date = status.date;
+    m_Uid = static_cast<int32_t>(status.uid);
+    m_Gid = static_cast<int32_t>(status.gid);
+    m_Mode = status.mode;
+    m_Size = size;
+    m_ContentsLocation = std::make_unique<ContentsLocation>(this, std::move(source), false, offset);
+    m_Type = ArchiveMemberType::computeType(*this);
+    contentsChanged();
+}
+
 bool ArchiveMember::setContents(const void* bytes, uint32_t size) {
     requireWritable();
     auto contents = std::make_unique<MemberContents>();
@@ -283,6 +297,7 @@ bool ArchiveMember::setContents(const void* bytes, uint32_t size) {
 }
 
 bool ArchiveMember::replaceFromFile(const char* fileName) {
+    TOMEX_CHECK_TEXT(fileName != nullptr, "fileName != NULL");
     requireWritable();
     return m_Archive->replaceMember(this, fileName, platform::probeFile(fileName, {}));
 }

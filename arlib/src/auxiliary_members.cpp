@@ -102,6 +102,7 @@ void emitSymbols(const elfext::fast_array<HostingMember>& hosting, bool uniqueSy
 
 bool Archive::updateAuxiliaryMembers() {
     const OwnedRegion scratch(0x100000, "arlib::Archive::updateAuxiliaryMembers() region");
+    m_TableFailed = false;
     for (ArchiveMember* member : m_ArchiveMembers) {
         if (member->m_Type == nullptr) {
             member->recomputeType();
@@ -134,6 +135,7 @@ void Archive::moveTablesToFront() {
         }
         if (m_ArchiveMembers[front] != table) {
             shiftMember(getIndex(table), front);
+            reorderInIndex(table, front);
             markTablesStale();
         }
         ++front;
@@ -161,38 +163,50 @@ void Archive::layOutMembers() {
     m_ArchiveMemberOffsetsUpToDate = true;
 }
 
-// Takes a table out of the list; the object stays with the archive's region.
+// Takes a table out of the list. Its memory stays with the archive's region; what it holds on the
+// heap goes.
 void Archive::removeTable(ArchiveMember*& table) {
     if (table != nullptr) {
         m_ArchiveMembers.remove(getIndex(table));
         removeFromIndex(table);
+        table->~ArchiveMember();
         table = nullptr;
     }
+}
+
+// Gives a table room for its contents. False if the room cannot be had, which has been reported.
+bool Archive::makeRoomForTable(ArchiveMember* table, uint64_t size) {
+    if (size >= archiveSizeLimit) {
+        if (m_ErrorHandler != nullptr) {
+            m_ErrorHandler->writeError(this, m_FileName, EFBIG);
+        }
+        return false;
+    }
+    if (!table->ensureContents()) {
+        return false;
+    }
+    if (!table->m_Contents->resize(static_cast<uint32_t>(size))) {
+        if (m_ErrorHandler != nullptr) {
+            m_ErrorHandler->outOfMemory(this);
+        }
+        return false;
+    }
+    return true;
 }
 
 // Makes a table's member, or reuses the one that is there, with room for its contents. Null if the
 // room cannot be had.
 ArchiveMember* Archive::prepareTable(ArchiveMember* table, const ArchiveMemberType* type,
                                      uint64_t size) {
-    if (size >= archiveSizeLimit) {
-        if (m_ErrorHandler != nullptr) {
-            m_ErrorHandler->writeError(this, m_FileName, EFBIG);
-        }
-        return nullptr;
-    }
     if (table == nullptr) {
         table = addMember("", 0, 0, 0, 0);
-    } else if (!table->ensureContents()) {
-        return nullptr;
+        table->m_Type = type;
     }
-    if (!table->m_Contents->resize(static_cast<uint32_t>(size))) {
-        if (m_ErrorHandler != nullptr) {
-            m_ErrorHandler->outOfMemory(this);
-        }
+    if (!makeRoomForTable(table, size)) {
+        m_TableFailed = true;
         return nullptr;
     }
     table->dropLocation();
-    table->m_Type = type;
     table->m_Size = static_cast<uint32_t>(size);
     // Whatever header the table was read with: a table of ours has these fields at 0, so that the
     // file depends on nothing but its members.

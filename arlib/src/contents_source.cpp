@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <utility>
 
 namespace arlib {
 namespace {
@@ -67,6 +68,12 @@ bool ContentsReader::read(void* buffer, size_t count, uint64_t offset) const {
     return got == static_cast<int64_t>(count);
 }
 
+void ContentsSources::closeReader(ContentsReader& reader) {
+    if (!reader.close()) {
+        m_CloseError = errno;
+    }
+}
+
 ContentsSources::Entry& ContentsSources::entryFor(const SourceFilePointer& source) {
     const auto isOfSource = [&source](const Entry& entry) { return entry.source == source; };
     const auto known = std::find_if(m_Entries.begin(), m_Entries.end(), isOfSource);
@@ -82,7 +89,7 @@ ContentsSources::Entry& ContentsSources::entryFor(const SourceFilePointer& sourc
         return left.lastUse < right.lastUse;
     };
     Entry& oldest = *std::min_element(m_Entries.begin(), m_Entries.end(), isOlder);
-    oldest.reader->close();
+    closeReader(*oldest.reader);
     oldest.source = source;
     return oldest;
 }
@@ -99,12 +106,10 @@ ContentsReader* ContentsSources::open(const SourceFilePointer& source) {
     }
     if (source->isArchive) {
         platform::FileStatus present;
-        if (!entry.reader->file().queryStatus(present)) {
-            return nullptr;
-        }
+        const int error = entry.reader->file().queryStatus(present) ? ESTALE : errno;
         if (!present.isSameState(source->status)) {
             entry.reader->close();
-            errno = ESTALE;
+            errno = error;
             return nullptr;
         }
     }
@@ -116,16 +121,13 @@ bool ContentsSources::release() {
 }
 
 bool ContentsSources::closeAll() {
-    int error = 0;
     for (Entry& entry : m_Entries) {
-        if (!entry.reader->close()) {
-            error = errno;
-        }
+        closeReader(*entry.reader);
     }
     m_Entries.clear();
     m_Current = nullptr;
-    errno = error;
-    return error == 0;
+    errno = std::exchange(m_CloseError, 0);
+    return errno == 0;
 }
 
 } // namespace arlib

@@ -73,7 +73,8 @@ public:
     // Ends the use of what open gave last: a plain file is closed. False leaves errno.
     bool release();
 
-    // Closes all. False leaves errno of the last failure.
+    // Closes all. False leaves errno of the last failure, which may be that of a file that was
+    // closed earlier to make room for another.
     bool closeAll();
 
 private:
@@ -85,10 +86,12 @@ private:
     static constexpr size_t capacity = 8;
 
     Entry& entryFor(const SourceFilePointer& source);
+    void closeReader(ContentsReader& reader);
 
     std::vector<Entry> m_Entries;
     Entry* m_Current = nullptr;
     uint64_t m_Uses = 0;
+    int m_CloseError = 0;
 };
 
 } // namespace arlib

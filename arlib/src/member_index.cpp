@@ -3,8 +3,7 @@
 #include <new>
 #include <string>
 
-#include "arlib/interface/archive.h"
-#include "platform/interface/wildcard.h"
+#include "platform/interface/letter_case.h"
 
 namespace arlib {
 namespace {
@@ -74,68 +73,11 @@ void MemberIndex::remove(ArchiveMember* member) {
 
 ArchiveMember* MemberIndex::firstUnchanged(NameEntry& entry) {
     ArchiveMember* member = entry.firstUnchanged;
-    while (member != nullptr && member->isChanged()) {
+    while (member != nullptr && (member->isChanged() || member->isAuxiliary())) {
         member = member->m_NextOfName;
     }
     entry.firstUnchanged = member;
     return member;
-}
-
-// Look-up by name, the archive's side.
-
-MemberIndex& Archive::memberIndex() {
-    if (!m_MemberIndex) {
-        m_MemberIndex = std::make_unique<MemberIndex>(m_ContainerRegion.get());
-        for (ArchiveMember* member : m_ArchiveMembers) {
-            m_MemberIndex->add(member);
-        }
-    }
-    return *m_MemberIndex;
-}
-
-void Archive::addToIndex(ArchiveMember* member) {
-    if (m_MemberIndex) {
-        m_MemberIndex->add(member);
-    }
-}
-
-void Archive::removeFromIndex(ArchiveMember* member) {
-    if (m_MemberIndex) {
-        m_MemberIndex->remove(member);
-    }
-}
-
-void Archive::reorderInIndex(ArchiveMember* member, uint32_t newIndex) {
-    if (!m_MemberIndex || !MemberIndex::hasNamesakes(member)) {
-        return;
-    }
-    ArchiveMember* predecessor = nullptr;
-    for (uint32_t i = newIndex; i-- > 0 && predecessor == nullptr;) {
-        if (MemberIndex::areNamesakes(m_ArchiveMembers[i], member)) {
-            predecessor = m_ArchiveMembers[i];
-        }
-    }
-    MemberIndex::moveBehind(member, predecessor);
-}
-
-void Archive::findMembers(const char* name, ArchiveMemberList& result) {
-    const NameEntry* entry = memberIndex().find(name);
-    uint32_t count = 0;
-    for (ArchiveMember* member = entry == nullptr ? nullptr : entry->first; member != nullptr;
-         member = MemberIndex::nextOfName(member)) {
-        ++count;
-    }
-    result.setSize(count);
-    ArchiveMember* member = entry == nullptr ? nullptr : entry->first;
-    for (uint32_t i = 0; i < count; ++i) {
-        result.set(i, member);
-        member = MemberIndex::nextOfName(member);
-    }
-}
-
-ArchiveMember* Archive::findUnchangedMember(const char* name) {
-    NameEntry* entry = memberIndex().find(name);
-    return entry == nullptr ? nullptr : MemberIndex::firstUnchanged(*entry);
 }
 
 } // namespace arlib

@@ -1,4 +1,4 @@
-// Turns the contents of the archive symbol table into Symbol objects, and finds symbols by name.
+// Turns the contents of the archive symbol table into Symbol objects.
 
 #include <algorithm>
 #include <cstring>
@@ -8,7 +8,6 @@
 #include "arlib/interface/archive.h"
 #include "arlib/interface/archive_format.h"
 #include "arlib/interface/symbol.h"
-#include "elfext/interface/sort.h"
 #include "platform/interface/internal_check.h"
 
 namespace arlib {
@@ -118,8 +117,7 @@ bool Archive::readSymbolNames(const uint8_t* bytes, uint32_t size) {
     const uint32_t count = table.count();
     const uint64_t start = table.namesStart();
     const uint64_t namesSize = table.namesEnd() - start;
-    auto* names =
-        static_cast<char*>(alloclib::allocate(*m_ObjectRegion.get(), namesSize + 1, 1));
+    auto* names = static_cast<char*>(alloclib::allocate(*m_ObjectRegion.get(), namesSize + 1, 1));
     std::memcpy(names, bytes + start, namesSize);
 
     uint64_t position = start;
@@ -163,60 +161,6 @@ bool Archive::acceptTrailingZeros(const uint8_t* bytes, uint32_t size, uint64_t 
     }
     return position == size ||
            (m_ErrorHandler != nullptr && m_ErrorHandler->symbolTableExtra(this, position, end));
-}
-
-namespace {
-
-int compareByName(const void* left, const void* right, void*) {
-    const auto* leftSymbol = *static_cast<const Symbol* const*>(left);
-    const auto* rightSymbol = *static_cast<const Symbol* const*>(right);
-    return std::strcmp(leftSymbol->getName(), rightSymbol->getName());
-}
-
-void fillSorted(const elfext::fast_array<Symbol*>& symbols, elfext::fast_array<Symbol*>& sorted) {
-    sorted = symbols;
-    if (sorted.getSize() > 1) {
-        elfext::mergeSort(&sorted[0], sorted.getSize(), sizeof(Symbol*), compareByName, nullptr);
-    }
-}
-
-} // namespace
-
-// Sorting waits for the first who asks: most runs never look a symbol up.
-void Archive::sortSymbols() {
-    if (m_SortedSymbolsUpToDate) {
-        return;
-    }
-    fillSorted(m_Symbols, m_SortedSymbols);
-    for (ArchiveMember* member : m_ArchiveMembers) {
-        fillSorted(member->m_Symbols, member->m_SortedSymbols);
-    }
-    m_SortedSymbolsUpToDate = true;
-}
-
-void Archive::findSymbols(const char* name, SymbolList& result) {
-    sortSymbols();
-    const auto comparedTo = [this](uint32_t index, const char* wanted) {
-        return std::strcmp(m_SortedSymbols[index]->getName(), wanted);
-    };
-    uint32_t first = 0;
-    uint32_t high = m_SortedSymbols.getSize();
-    while (first < high) {
-        const uint32_t middle = first + (high - first) / 2;
-        if (comparedTo(middle, name) < 0) {
-            first = middle + 1;
-        } else {
-            high = middle;
-        }
-    }
-    uint32_t end = first;
-    while (end < m_SortedSymbols.getSize() && comparedTo(end, name) == 0) {
-        ++end;
-    }
-    result.setSize(end - first);
-    for (uint32_t i = first; i < end; ++i) {
-        result.set(i - first, m_SortedSymbols[i]);
-    }
 }
 
 } // namespace arlib

@@ -4,9 +4,9 @@
 
 #include <stddef.h>
 
-void insertion_sort(int *values, size_t count);
-void shell_sort(int *values, size_t count);
-void heap_sort(int *values, size_t count);
-int is_sorted(const int *values, size_t count);
+void insertion_sort(int* values, size_t count);
+void shell_sort(int* values, size_t count);
+void heap_sort(int* values, size_t count);
+int is_sorted(const int* values, size_t count);
 
 #endif

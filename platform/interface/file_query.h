@@ -16,8 +16,8 @@ enum FileKind : uint32_t {
 // What is known of a file from one look at it.
 struct FileStatus {
     FileKind kind = FileKind_None;
-    bool isRegular = false; // a plain file: its size is known and it can be read at any offset
-    int64_t size = -1;      // bytes; -1 unless it is a plain file or a folder
+    bool isRegular = false; // a plain file: its size holds, and it can be read at any offset
+    int64_t size = -1;      // bytes
     int64_t date = -1;      // last change of the contents, seconds since 1970
     int64_t uid = -1;
     int64_t gid = -1;
@@ -49,6 +49,10 @@ FileStatus queryFile(const char* name);
 
 // What stands under the name; FileKind_None also when it cannot be looked at.
 FileKind fileKind(const char* name);
+
+// True if the host says that nothing stands under the name. A file that cannot be looked at for
+// another reason may well be there, and must not be taken for absent.
+bool isAbsent(const char* name);
 
 // The size in bytes, or all ones on failure.
 uint64_t fileSize(const char* name);

@@ -25,15 +25,18 @@ public:
     OutputFile() = default;
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
-    // Closes without writing what is still in the buffer.
-    ~OutputFile();
+    ~OutputFile(); // abandons
 
     // Takes a descriptor that is open for writing at offset 0.
     void adopt(int descriptor);
 
     // Creates the file, or empties the one that is there. A file that is the protected one, by
     // whatever name, is left alone with EBUSY. False leaves errno.
-    bool create(const char* name, const FileStatus& protectedFile);
+    bool overwrite(const char* name, const FileStatus& protectedFile);
+
+    // Creates the file; EEXIST if anything stands under the name, a dangling link included. False
+    // leaves errno.
+    bool createNew(const char* name);
 
     // Appends bytes. False if they, or any before them, could not be written.
     bool write(const void* bytes, size_t count);
@@ -50,6 +53,9 @@ public:
     // Writes what is left and closes. False leaves the number in error(); the descriptor is gone
     // in any case. To tell a failed close from a failed write, flush first.
     bool close();
+
+    // Closes without writing what is left.
+    void abandon();
 
     // The host's number of the first failure, 0 while there is none.
     int error() const { return m_Error; }

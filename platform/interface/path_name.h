@@ -7,17 +7,11 @@
 #pragma once
 
 #include <cstdint>
-#include <cstdlib>
 #include <memory>
 
+#include "platform/interface/owned_text.h"
+
 namespace platform {
-
-struct FreeText {
-    void operator()(char* text) const { std::free(text); }
-};
-
-// A NUL-terminated text on the heap, released with free(). May hold null: "no such part".
-using OwnedText = std::unique_ptr<char, FreeText>;
 
 enum PathStyle : uint32_t {
     PathStyle_Unknown = 0, // parsePath decides; as a target of rendering: the text as stored
@@ -70,27 +64,8 @@ OwnedText fullPath(const PathName& path, PathStyle style);
 // current directory cannot be had; the record is then unchanged.
 bool makeAbsolute(PathName& path);
 
-// Joins name to base and cleans up, in Windows spelling: a name with a root of its own stands
-// alone, "." segments and repeated separators fall away, ".." takes back a segment but never goes
-// above the start, separators at the end are removed.
-OwnedText joinAndNormalise(const char* base, const char* name);
-
-// The name in the form in which the system must be given it. Windows hosts need a prefix for
-// names beyond the classic length limit; elsewhere this is a plain copy.
-OwnedText longSystemPath(const char* name);
-
-// The same with Windows rules, relative to the given current directory, on any host.
-OwnedText longWindowsPath(const char* currentDirectory, const char* name);
-
 // The part of a file name behind its last "/" or "\". Members are named by it. Points into
 // fileName.
 const char* fileNameLeaf(const char* fileName);
-
-// The tool's name as the user sees it, from the first word of the command line: without folders
-// and a trailing ".exe", ".EXE", ".dll" or ".DLL". A dot inside counts as a folder mark, a leading
-// "rv" is skipped, and at most 31 characters are kept. With a null buffer the result is argument0
-// itself, otherwise buffer, which must hold 32 bytes.
-inline constexpr size_t programNameSize = 32;
-const char* programName(const char* argument0, char* buffer);
 
 } // namespace platform

@@ -5,11 +5,26 @@
 // handlers remove the file before the process dies of the signal as it would have done anyway.
 #pragma once
 
+#include <csignal>
+
 namespace platform {
 
 // Puts the handlers for SIGINT, SIGTERM and SIGHUP in place. A signal that is ignored (as under
-// nohup) stays ignored. Called once by the tool at its start.
+// nohup) stays ignored. From then on a write beyond the user's limit on file sizes fails with EFBIG
+// instead of ending the process. Called once by the tool at its start.
 void installTemporaryFileCleanup();
+
+// Holds the stopping signals back as long as it lives; one that comes meanwhile acts at its end.
+class StoppingSignalsHeld {
+public:
+    StoppingSignalsHeld();
+    ~StoppingSignalsHeld();
+    StoppingSignalsHeld(const StoppingSignalsHeld&) = delete;
+    StoppingSignalsHeld& operator=(const StoppingSignalsHeld&) = delete;
+
+private:
+    sigset_t m_Before = {};
+};
 
 // Creates a file exclusively, with the host's default permissions, and guards it in the same step:
 // a signal finds either no file or a guarded one. The result is a descriptor for writing, or -1

@@ -1,8 +1,10 @@
 #include "platform/interface/file_query.h"
 
+#include <cerrno>
+
 #include <unistd.h>
 
-#include "platform/interface/path_name.h"
+#include "platform/interface/system_path.h"
 
 namespace platform {
 
@@ -10,8 +12,7 @@ FileStatus fileStatusOf(const struct stat& status) {
     FileStatus result;
     result.kind = S_ISDIR(status.st_mode) ? FileKind_Directory : FileKind_File;
     result.isRegular = S_ISREG(status.st_mode);
-    // The size of a pipe or a device says nothing of what could be read from it.
-    result.size = result.isRegular || S_ISDIR(status.st_mode) ? status.st_size : -1;
+    result.size = status.st_size;
     result.date = status.st_mtime;
     result.uid = status.st_uid;
     result.gid = status.st_gid;
@@ -31,13 +32,16 @@ FileStatus queryFile(const char* name) {
 }
 
 FileKind fileKind(const char* name) {
-    const FileKind kind = queryFile(name).kind;
-    if (kind == FileKind_None && hostPathStyle == PathStyle_Windows) {
-        const OwnedPath path = newPath(name, hostPathStyle);
-        const bool isDriveAlone = path->root && !path->directory && !path->base && !path->extension;
-        return isDriveAlone ? FileKind_Directory : FileKind_None;
+    return queryFile(name).kind;
+}
+
+bool isAbsent(const char* name) {
+    errno = 0;
+    if (fileKind(name) != FileKind_None) {
+        return false;
     }
-    return kind;
+    const int error = errno;
+    return error == ENOENT || error == ENOTDIR || error == ELOOP || error == ENAMETOOLONG;
 }
 
 uint64_t fileSize(const char* name) {

@@ -7,7 +7,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include "platform/interface/path_name.h"
+#include "platform/interface/system_path.h"
 
 namespace platform {
 namespace {

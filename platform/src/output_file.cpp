@@ -8,7 +8,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include "platform/interface/path_name.h"
+#include "platform/interface/system_path.h"
 
 namespace platform {
 namespace {
@@ -24,8 +24,12 @@ constexpr size_t largestTransfer = size_t{1} << 30;
 } // namespace
 
 OutputFile::~OutputFile() {
+    abandon();
+}
+
+void OutputFile::abandon() {
     if (m_Descriptor >= 0) {
-        ::close(m_Descriptor);
+        ::close(std::exchange(m_Descriptor, -1));
     }
 }
 
@@ -39,7 +43,18 @@ void OutputFile::adopt(int descriptor) {
     }
 }
 
-bool OutputFile::create(const char* name, const FileStatus& protectedFile) {
+bool OutputFile::createNew(const char* name) {
+    errno = 0;
+    const int descriptor =
+        ::open(longSystemPath(name).get(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    if (descriptor < 0) {
+        return false;
+    }
+    adopt(descriptor);
+    return true;
+}
+
+bool OutputFile::overwrite(const char* name, const FileStatus& protectedFile) {
     errno = 0;
     const int descriptor = ::open(longSystemPath(name).get(),
                                   O_WRONLY | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, 0666);

@@ -1,8 +1,6 @@
 #include "platform/interface/path_name.h"
 
 #include <algorithm>
-#include <cctype>
-#include <cstring>
 #include <string>
 #include <string_view>
 
@@ -11,25 +9,8 @@
 namespace platform {
 namespace {
 
-OwnedText copyText(std::string_view text) {
-    auto* copy = static_cast<char*>(std::malloc(text.size() + 1));
-    if (copy != nullptr) {
-        std::memcpy(copy, text.data(), text.size());
-        copy[text.size()] = '\0';
-    }
-    return OwnedText(copy);
-}
-
-std::string_view viewOf(const OwnedText& text) {
-    return text ? std::string_view(text.get()) : std::string_view();
-}
-
 bool isSeparator(char c) {
     return c == '/' || c == '\\';
-}
-
-bool isDriveLetter(char c) {
-    return std::isalpha(static_cast<unsigned char>(c)) != 0;
 }
 
 char separatorOf(PathStyle style) {
@@ -198,8 +179,9 @@ OwnedText fullPath(const PathName& path, PathStyle style) {
 
 namespace {
 
-// The segments of a directory with "." and ".." resolved; ".." stops at the top.
-std::string resolveDots(std::string_view directory, PathStyle style) {
+// The segments of a directory with "." and ".." resolved; ".." stops at the top. Behind a root that
+// ends in a separator the directory begins without one.
+std::string resolveDots(std::string_view directory, PathStyle style, bool rootHasSeparator) {
     const char separator = separatorOf(style);
     std::string resolved;
     size_t position = 0;
@@ -216,6 +198,9 @@ std::string resolveDots(std::string_view directory, PathStyle style) {
             resolved += segment;
         }
         position = end + 1;
+    }
+    if (rootHasSeparator) {
+        return resolved.empty() ? resolved : resolved.substr(1);
     }
     return resolved.empty() ? std::string(1, separator) : resolved;
 }
@@ -251,92 +236,10 @@ bool makeAbsolute(PathName& path) {
         directory += viewOf(leaf);
         setLeafName(path, "");
     }
-    path.directory = copyText(resolveDots(directory, path.style));
+    const bool rootHasSeparator = isSeparator(path.root ? viewOf(path.root).back() : '\0');
+    const std::string resolved = resolveDots(directory, path.style, rootHasSeparator);
+    path.directory = resolved.empty() ? nullptr : copyText(resolved);
     return true;
-}
-
-namespace {
-
-bool hasDriveBeforeSeparator(std::string_view name) {
-    const size_t colon = name.find(':');
-    return colon != name.npos && colon < std::min(name.size(), name.find_first_of("/\\"));
-}
-
-} // namespace
-
-OwnedText joinAndNormalise(const char* base, const char* name) {
-    const std::string_view nameText(name);
-    std::string joined;
-    if ((!nameText.empty() && isSeparator(nameText[0])) || hasDriveBeforeSeparator(nameText)) {
-        joined = nameText;
-    } else {
-        joined = std::string(base) + '\\' + std::string(nameText);
-    }
-
-    std::string result;
-    size_t position = 0;
-    while (position < joined.size() && isSeparator(joined[position])) {
-        result += '\\';
-        ++position;
-    }
-    if (position == 0 && joined.size() >= 2 && joined[1] == ':') {
-        result = joined.substr(0, 2);
-        position = 2;
-        if (position < joined.size() && isSeparator(joined[position])) {
-            result += '\\';
-            ++position;
-        }
-    }
-    const size_t start = result.size();
-    while (position < joined.size()) {
-        const size_t end = std::min(joined.size(), joined.find_first_of("/\\", position));
-        const std::string_view segment = std::string_view(joined).substr(position, end - position);
-        if (segment == "..") {
-            if (result.size() > start) {
-                result.pop_back();
-                const size_t separator = result.rfind('\\');
-                result.resize(
-                    std::max(start, separator == result.npos ? size_t{0} : separator + 1));
-            }
-        } else if (!segment.empty() && segment != ".") {
-            result += segment;
-            result += '\\';
-        }
-        position = end + 1;
-    }
-    while (result.size() > start && result.back() == '\\') {
-        result.pop_back();
-    }
-    return copyText(result);
-}
-
-OwnedText longWindowsPath(const char* currentDirectory, const char* name) {
-    const std::string_view text(name);
-    const bool isDevice = text.size() >= 3 && isSeparator(text[0]) && isSeparator(text[1]) &&
-                          (text[2] == '.' || text[2] == '?');
-    const bool isDriveRelative = text.size() >= 2 && isDriveLetter(text[0]) && text[1] == ':' &&
-                                 (text.size() == 2 || !isSeparator(text[2]));
-    if (text.empty() || isDevice || isDriveRelative) {
-        return copyText(text);
-    }
-    const OwnedText whole = joinAndNormalise(currentDirectory, name);
-    const std::string_view wholeText = viewOf(whole);
-    if (wholeText.substr(0, 4) == R"(\\?\)") {
-        return copyText(wholeText);
-    }
-    if (wholeText.size() >= 2 && isSeparator(wholeText[0]) && isSeparator(wholeText[1])) {
-        return copyText(R"(\\?\UNC\)" + std::string(wholeText.substr(2)));
-    }
-    return copyText(R"(\\?\)" + std::string(wholeText));
-}
-
-OwnedText longSystemPath(const char* name) {
-#ifdef _WIN32
-    std::string directory;
-    return currentDirectory(directory) ? longWindowsPath(directory.c_str(), name) : copyText(name);
-#else
-    return copyText(name);
-#endif
 }
 
 const char* fileNameLeaf(const char* fileName) {
@@ -347,34 +250,6 @@ const char* fileNameLeaf(const char* fileName) {
         }
     }
     return leaf;
-}
-
-const char* programName(const char* argument0, char* buffer) {
-    if (buffer == nullptr) {
-        return argument0;
-    }
-    std::string_view name(argument0);
-    const auto removeSuffix = [&name](std::string_view lower, std::string_view upper) {
-        if (name.size() >= 5 && (name.ends_with(lower) || name.ends_with(upper))) {
-            name.remove_suffix(lower.size());
-        }
-    };
-    removeSuffix(".exe", ".EXE");
-    removeSuffix(".dll", ".DLL");
-    for (size_t i = name.size() < 2 ? 0 : name.size() - 1; i > 0; --i) {
-        const char c = name[i - 1];
-        if (c == '.' || c == ':' || isSeparator(c)) {
-            name.remove_prefix(i);
-            break;
-        }
-    }
-    if (name.starts_with("rv")) {
-        name.remove_prefix(2);
-    }
-    name = name.substr(0, programNameSize - 1);
-    std::memcpy(buffer, name.data(), name.size());
-    buffer[name.size()] = '\0';
-    return buffer;
 }
 
 } // namespace platform

@@ -24,27 +24,11 @@ void removeAndDie(int signalNumber) {
     ::raise(signalNumber);
 }
 
-class SignalsHeld {
-public:
-    SignalsHeld() {
-        sigset_t held;
-        ::sigemptyset(&held);
-        for (const int signalNumber : stoppingSignals) {
-            ::sigaddset(&held, signalNumber);
-        }
-        ::sigprocmask(SIG_BLOCK, &held, &m_Before);
-    }
-    ~SignalsHeld() { ::sigprocmask(SIG_SETMASK, &m_Before, nullptr); }
-    SignalsHeld(const SignalsHeld&) = delete;
-    SignalsHeld& operator=(const SignalsHeld&) = delete;
-
-private:
-    sigset_t m_Before = {};
-};
-
 } // namespace
 
 void installTemporaryFileCleanup() {
+    // A file that reaches the user's size limit is a failed write like any other.
+    std::signal(SIGXFSZ, SIG_IGN);
     for (const int signalNumber : stoppingSignals) {
         struct sigaction present = {};
         ::sigaction(signalNumber, nullptr, &present);
@@ -59,8 +43,21 @@ void installTemporaryFileCleanup() {
     }
 }
 
+StoppingSignalsHeld::StoppingSignalsHeld() {
+    sigset_t held;
+    ::sigemptyset(&held);
+    for (const int signalNumber : stoppingSignals) {
+        ::sigaddset(&held, signalNumber);
+    }
+    ::sigprocmask(SIG_BLOCK, &held, &m_Before);
+}
+
+StoppingSignalsHeld::~StoppingSignalsHeld() {
+    ::sigprocmask(SIG_SETMASK, &m_Before, nullptr);
+}
+
 int createGuardedFile(const char* name) {
-    const SignalsHeld held;
+    const StoppingSignalsHeld held;
     errno = 0;
     const int descriptor = ::open(name, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     const int error = errno;
@@ -72,7 +69,7 @@ int createGuardedFile(const char* name) {
 }
 
 bool renameGuardedFile(const char* finalName) {
-    const SignalsHeld held;
+    const StoppingSignalsHeld held;
     errno = 0;
     if (std::rename(guardedName, finalName) != 0) {
         return false;
@@ -82,7 +79,7 @@ bool renameGuardedFile(const char* finalName) {
 }
 
 void removeGuardedFile() {
-    const SignalsHeld held;
+    const StoppingSignalsHeld held;
     if (guardedName != nullptr) {
         ::unlink(guardedName);
         guardedName = nullptr;
@@ -90,7 +87,7 @@ void removeGuardedFile() {
 }
 
 void releaseGuardedFile() {
-    const SignalsHeld held;
+    const StoppingSignalsHeld held;
     guardedName = nullptr;
 }
 

@@ -1,10 +1,6 @@
 #include "platform/interface/wildcard.h"
 
-#include <algorithm>
-
-#include <dirent.h>
-
-#include "platform/interface/path_name.h"
+#include "platform/interface/letter_case.h"
 
 namespace platform {
 namespace {
@@ -41,16 +37,6 @@ bool matches(std::string_view pattern, std::string_view text) {
     return p == pattern.size();
 }
 
-bool matchesFileName(std::string_view pattern, std::string_view name) {
-    const bool isHidden = !name.empty() && name[0] == '.';
-    const bool asksForHidden = !pattern.empty() && pattern[0] == '.';
-    return (!isHidden || asksForHidden) && matches<asIs>(pattern, name);
-}
-
-bool byUnsignedBytes(const std::string& left, const std::string& right) {
-    return left.compare(right) < 0; // char_traits<char> compares bytes as unsigned
-}
-
 } // namespace
 
 bool hasWildcard(std::string_view text) {
@@ -61,27 +47,8 @@ bool wildcardMatch(std::string_view pattern, std::string_view text) {
     return matches<foldCase>(pattern, text);
 }
 
-const char* firstMatch(const char* directory, const char* pattern, MatchIterator& iterator) {
-    iterator.names.clear();
-    iterator.next = 0;
-    const bool isHere = directory == nullptr || *directory == '\0';
-    DIR* folder = ::opendir(isHere ? "." : longSystemPath(directory).get());
-    if (folder == nullptr) {
-        return nullptr;
-    }
-    while (const dirent* entry = ::readdir(folder)) {
-        if (matchesFileName(pattern, entry->d_name)) {
-            iterator.names.emplace_back(entry->d_name);
-        }
-    }
-    ::closedir(folder);
-    std::sort(iterator.names.begin(), iterator.names.end(), byUnsignedBytes);
-    return nextMatch(iterator);
-}
-
-const char* nextMatch(MatchIterator& iterator) {
-    return iterator.next < iterator.names.size() ? iterator.names[iterator.next++].c_str()
-                                                 : nullptr;
+bool wildcardMatchExact(std::string_view pattern, std::string_view text) {
+    return matches<asIs>(pattern, text);
 }
 
 } // namespace platform

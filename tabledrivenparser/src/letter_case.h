@@ -1,15 +1,11 @@
-// Case folding of option names, argument names and patterns.
-//
-// Only the letters a to z fold, whatever the locale: the tables are written in them, and what an
-// option means must not hang on the user's language.
+// Comparing option names, argument names and patterns without regard to case.
 #pragma once
+
+#include "platform/interface/letter_case.h"
 
 namespace tabledrivenparser {
 
-constexpr char foldCase(char character) {
-    return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a')
-                                                : character;
-}
+using platform::foldCase;
 
 constexpr bool isLetter(char character) {
     return foldCase(character) >= 'a' && foldCase(character) <= 'z';

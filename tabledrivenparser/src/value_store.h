@@ -11,7 +11,8 @@
 namespace tabledrivenparser {
 
 // Stores `value`, held as ParameterType tells, into `parameter`, whose type is neither a vector nor
-// VIA_FILE. False if it was rejected; nothing is stamped then.
+// VIA_FILE nor ENUM (an ENUM's constraints are its rows, see enum_choice.h). False if it was
+// rejected; nothing is stamped then.
 bool storeValue(Parser& parser, uint32_t parameter, uint64_t value);
 
 // The same without filter and constraints.

@@ -57,6 +57,7 @@ TEST_F(Model, AddedMemberIsEmptyAndOfUnknownType) {
     EXPECT_EQ(member->getSize(), 0U);
     EXPECT_EQ(member->getType(), arlib::getUnknownType());
     EXPECT_EQ(member->getLocation(), nullptr);
+    EXPECT_TRUE(member->isChanged());
     EXPECT_FALSE(archive.isFileNameTableUpToDate());
     EXPECT_FALSE(archive.isSymbolTableUpToDate());
     EXPECT_TRUE(archive.areMemberOffsetsUpToDate()) << "a member without contents moves nothing";
@@ -209,6 +210,32 @@ TEST_F(Model, UnchangedMemberIsTheFirstThatStandsAsRead) {
     ASSERT_TRUE(second->replaceFromFile(pathOf("x.o").c_str()));
     EXPECT_EQ(archive.findUnchangedMember("x.o"), nullptr);
     EXPECT_EQ(archive.findUnchangedMember("y.o"), nullptr);
+}
+
+// A member without a name, as a damaged archive may hold, is no reason to overwrite a table.
+TEST_F(Model, TablesAreNeverTheUnchangedMember) {
+    testsupport::ArchiveBuilder builder;
+    folder.write("lib.a", builder.add("x.o", "1").withSymbolTable().bytes());
+    arlib::Archive archive;
+    ASSERT_TRUE(read("lib.a", archive));
+    EXPECT_EQ(found(archive, "").size(), 1U);
+    EXPECT_EQ(archive.findUnchangedMember(""), nullptr);
+    EXPECT_EQ(archive.findFirstMember(""), nullptr);
+    EXPECT_EQ(archive.findFirstMember("X.O"), archive.getMembers()[1]);
+}
+
+TEST_F(Model, NamesakesKeepListOrderWhenATableMovesToTheFront) {
+    arlib::Archive archive;
+    add(archive, "x.o");
+    arlib::ArchiveMember* nameless = add(archive, "");
+    EXPECT_EQ(found(archive, "").size(), 1U);
+    archive.setSymbolTableMode(arlib::SymbolTableMode_Always);
+    ASSERT_TRUE(archive.updateAuxiliaryMembers());
+    arlib::ArchiveMemberList list;
+    archive.findMembers("", list);
+    ASSERT_EQ(list.getSize(), 2U);
+    EXPECT_EQ(list.get(0), archive.getSymbolTable());
+    EXPECT_EQ(list.get(1), nameless);
 }
 
 TEST_F(Model, ReplacingTakesSizeAndAttributesOfTheFile) {

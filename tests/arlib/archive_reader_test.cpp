@@ -9,6 +9,7 @@ namespace arlibtest {
 namespace {
 
 using testsupport::ArchiveBuilder;
+using namespace std::string_literals;
 
 class Reader : public ArlibTest {};
 
@@ -111,6 +112,43 @@ TEST_F(Reader, ForgivenRegionStillFindsNoContents) {
     arlib::Archive archive;
     EXPECT_FALSE(read("lib.a", archive));
     EXPECT_EQ(handler.reports.back(), "0: I/O error reading file: Input/output error");
+}
+
+TEST_F(Reader, LongNamesEndAtTheirEntryOrANul) {
+    const std::string table = "dir/first_long_name.o/\nback\\slash.o/\ncut\0off/\nno_end"s;
+    ArchiveBuilder builder;
+    builder.rawNameTable(table);
+    for (const char* index : {"/0", "/1", "/4", "/10", "/23", "/28", "/37", "/41", "/46", "/48"}) {
+        builder.add({.name = "x", .rawName = testsupport::padded(index, 16)});
+    }
+    builder.add("a_name_that_makes_a_table.o", "");
+    folder.write("lib.a", builder.bytes());
+    arlib::Archive archive;
+    handler.goesOn = true;
+    ASSERT_TRUE(read("lib.a", archive));
+    EXPECT_EQ(namesOf(archive), (Names{"//", "first_long_name.o", "first_long_name.o",
+                                       "first_long_name.o", "long_name.o", "slash.o", "slash.o",
+                                       "cut", "off", "no_end", "_end", "first_long_name.o"}));
+}
+
+// Members may refer to any place of the table, so many long names fit into a small file.
+TEST_F(Reader, LongNamesAreSharedNotCopied) {
+    std::string bytes(testsupport::archiveMagic);
+    const std::string table(1 << 20, 'n');
+    bytes += testsupport::headerText("//", 0, 0, 0, 0, table.size()) + table;
+    constexpr uint32_t members = 2000;
+    for (uint32_t i = 0; i < members; ++i) {
+        bytes += testsupport::headerText("/" + std::to_string(i), 0, 0, 0, 0, 0);
+    }
+    folder.write("lib.a", bytes);
+    arlib::Archive archive;
+    ASSERT_TRUE(read("lib.a", archive));
+    const arlib::ArchiveMember* first = archive.getMembers()[1];
+    for (uint32_t i = 0; i < members; ++i) {
+        const arlib::ArchiveMember* member = archive.getMembers()[i + 1];
+        EXPECT_EQ(member->getName(), first->getName() + i) << "one text for all";
+        EXPECT_EQ(member->getNameLength(), table.size() - i);
+    }
 }
 
 TEST_F(Reader, SizeIsNeverForgiven) {

@@ -49,12 +49,12 @@ TEST_F(Files, StatusHoldsWhatAMemberNeeds) {
     EXPECT_TRUE(status.isRegular);
 }
 
-TEST_F(Files, SizeOfAPipeIsUnknown) {
+TEST_F(Files, PipeIsNoRegularFile) {
     ASSERT_EQ(::mkfifo(pathOf("pipe").c_str(), 0600), 0);
     const FileStatus status = queryFile(pathOf("pipe").c_str());
     EXPECT_EQ(status.kind, FileKind_File);
     EXPECT_FALSE(status.isRegular);
-    EXPECT_EQ(status.size, -1);
+    EXPECT_EQ(fileSize("/dev/null"), 0U);
 }
 
 TEST_F(Files, SameStateMeansSameFileUnchanged) {
@@ -184,18 +184,33 @@ TEST_F(Files, FailureOfTheBufferShowsAtTheLatestOnClosing) {
     EXPECT_FALSE(output.close());
 }
 
-TEST_F(Files, CreateEmptiesAFileButNotTheProtectedOne) {
+TEST_F(Files, OverwriteEmptiesAFileButNotTheProtectedOne) {
     m_Folder.write("old", "old contents");
     m_Folder.write("precious", "precious");
     ASSERT_EQ(::link(pathOf("precious").c_str(), pathOf("alias").c_str()), 0);
     const FileStatus precious = queryFile(pathOf("precious").c_str());
     OutputFile output;
-    ASSERT_TRUE(output.create(pathOf("old").c_str(), precious));
+    ASSERT_TRUE(output.overwrite(pathOf("old").c_str(), precious));
     ASSERT_TRUE(output.close());
     EXPECT_EQ(m_Folder.read("old"), "");
-    EXPECT_FALSE(output.create(pathOf("alias").c_str(), precious));
+    EXPECT_FALSE(output.overwrite(pathOf("alias").c_str(), precious));
     EXPECT_EQ(errno, EBUSY);
     EXPECT_EQ(m_Folder.read("precious"), "precious");
+}
+
+TEST_F(Files, CreateNewSparesWhatIsThere) {
+    m_Folder.write("old", "old contents");
+    m_Folder.makeSymbolicLink("dangling", "elsewhere");
+    OutputFile output;
+    EXPECT_FALSE(output.createNew(pathOf("old").c_str()));
+    EXPECT_EQ(errno, EEXIST);
+    EXPECT_FALSE(output.createNew(pathOf("dangling").c_str()));
+    EXPECT_EQ(errno, EEXIST);
+    ASSERT_TRUE(output.createNew(pathOf("new").c_str()));
+    ASSERT_TRUE(output.write("x", 1));
+    ASSERT_TRUE(output.close());
+    EXPECT_EQ(m_Folder.read("new"), "x");
+    EXPECT_EQ(m_Folder.read("old"), "old contents");
 }
 
 TEST_F(Files, DiscardAllLeavesAnEmptyFile) {

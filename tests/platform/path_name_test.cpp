@@ -1,4 +1,6 @@
 #include "platform/interface/path_name.h"
+#include "platform/interface/program_name.h"
+#include "platform/interface/system_path.h"
 
 #include <string>
 
@@ -164,6 +166,18 @@ TEST_F(CurrentFolder, CompletesRelativePaths) {
     EXPECT_EQ(absolute("/d//e/a.o"), "/d/e/a.o");
     EXPECT_EQ(absolute(".."), "/usr");
     EXPECT_EQ(absolute("."), "/usr/lib");
+}
+
+TEST(PathName, DotsBehindAUncRootAreResolved) {
+    const auto absolute = [](const char* text) {
+        const OwnedPath path = newPath(text, PathStyle_Windows);
+        EXPECT_TRUE(makeAbsolute(*path));
+        return shown(fullPath(*path, PathStyle_Windows));
+    };
+    EXPECT_EQ(absolute("\\\\s\\sh\\d\\x.o"), "\\\\s\\sh\\d\\x.o");
+    EXPECT_EQ(absolute("\\\\s\\sh\\x.o"), "\\\\s\\sh\\x.o");
+    EXPECT_EQ(absolute("\\\\s\\sh\\a\\..\\x.o"), "\\\\s\\sh\\x.o");
+    EXPECT_EQ(absolute("C:\\a\\..\\b\\x.o"), "C:\\b\\x.o");
 }
 
 TEST(JoinAndNormalise, Cases) {

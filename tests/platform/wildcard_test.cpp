@@ -1,3 +1,4 @@
+#include "platform/interface/folder_search.h"
 #include "platform/interface/wildcard.h"
 
 #include <string>
