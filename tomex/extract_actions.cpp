@@ -57,9 +57,29 @@ void extractMember(arlib::ArchiveMember& member) {
     }
 }
 
+namespace {
+
+// Contents of this size go to the standard output without a stop in memory.
+constexpr uint32_t largeContents = 64 << 10;
+
+void printLargeMember(arlib::ArchiveMember& member) {
+    platform::OutputFile output;
+    output.adopt(messages::duplicateStandardOutput());
+    const platform::CopyOutcome outcome = member.copyContents(output);
+    const bool isClosed = output.close();
+    if (outcome == platform::CopyOutcome::OutputFailed ||
+        (outcome == platform::CopyOutcome::Done && !isClosed)) {
+        messages::noteLostOutput();
+    }
+}
+
+} // namespace
+
 void printMember(arlib::ArchiveMember& member) {
     reportIfVerbose(messages::MessageKey_PrintedMember, member.getName());
-    if (member.ensureContents()) {
+    if (member.getSize() >= largeContents) {
+        printLargeMember(member);
+    } else if (member.ensureContents()) {
         messages::printBytesToStandardOutput(member.getContents()->bytes(), member.getSize());
         member.releaseContents();
     }

@@ -98,7 +98,10 @@ public:
     // All members in file order, the auxiliary ones included.
     const elfext::fast_array<ArchiveMember*>& getMembers() const { return m_ArchiveMembers; }
     // The symbols that the symbol table listed when the archive was read, in its order.
-    const elfext::fast_array<Symbol*>& getSymbols() const { return m_Symbols; }
+    const elfext::fast_array<Symbol*>& getSymbols() {
+        loadSymbols();
+        return m_Symbols;
+    }
     // The auxiliary members, or null.
     ArchiveMember* getSymbolTable() const { return m_SymbolTable; }
     ArchiveMember* getFileNameTable() const { return m_FileNameTable; }
@@ -112,7 +115,7 @@ public:
 
     // The place of a member in the list, of a symbol in the table.
     uint32_t getIndex(const ArchiveMember* member) const;
-    uint32_t getSymbolIndex(const Symbol* symbol) const;
+    uint32_t getSymbolIndex(const Symbol* symbol);
 
     // Takes a member out of the list and puts it back at newIndex of the shortened list.
     void moveMember(ArchiveMember* member, uint32_t newIndex);
@@ -207,13 +210,15 @@ private:
     bool updateFileNameTable(alloclib::Region* scratch);
     bool updateSymbolTable(alloclib::Region* scratch);
     bool readSymbolTable();
-    bool readSymbolNames(const uint8_t* bytes, uint32_t size);
+    bool checkSymbols(const uint8_t* bytes, uint32_t size);
+    void loadSymbols();
+    void keepReadSymbolTable();
     bool acceptTrailingZeros(const uint8_t* bytes, uint32_t size, uint64_t end);
     void addSymbol(const char* name, bool isDecorated, ArchiveMember* member);
     void removeSymbolTable();
     void removeTable(ArchiveMember*& table);
     void moveTablesToFront();
-    ArchiveMember* memberAtOffset(uint32_t offset) const;
+    ArchiveMember* memberAtOffset(uint32_t offset, uint32_t& lastIndex) const;
     bool makeRoomForTable(ArchiveMember* table, uint64_t size);
     ArchiveMember* prepareTable(ArchiveMember* table, const ArchiveMemberType* type, uint64_t size);
     void layOutMembers();
@@ -238,6 +243,11 @@ private:
     elfext::fast_array<Symbol*> m_Symbols;
     elfext::fast_array<Symbol*> m_SortedSymbols;
     bool m_SortedSymbolsUpToDate = true;
+    // Until the symbols are asked for: the member of each entry of the table that was read, null
+    // for one that is no symbol, and the table's bytes once its member has got others.
+    bool m_SymbolsLoaded = true;
+    elfext::fast_array<ArchiveMember*> m_SymbolMembers;
+    std::unique_ptr<MemberContents> m_ReadSymbolTable;
     ArchiveMember* m_FileNameTable = nullptr;
     bool m_FileNameTableUpToDate = true;
     ArchiveMember* m_SymbolTable = nullptr;

@@ -89,7 +89,7 @@ public:
 
     // The symbols that the archive symbol table gives this member, in table order, and the same
     // in order of name.
-    const elfext::fast_array<Symbol*>& getSymbols() const { return m_Symbols; }
+    const elfext::fast_array<Symbol*>& getSymbols();
     const elfext::fast_array<Symbol*>& getSortedSymbols();
 
     // The place in the archive's list, or 0x80000000 if it is not there.

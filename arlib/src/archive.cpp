@@ -21,7 +21,8 @@ Archive::Archive()
     : m_ObjectRegion(1024, "arlib::Archive::ObjectRegion"),
       m_ContainerRegion(1024, "arlib::Archive::ContainerRegion"),
       m_ArchiveMembers(m_ContainerRegion.get()), m_Symbols(m_ContainerRegion.get()),
-      m_SortedSymbols(m_ContainerRegion.get()), m_Sources(std::make_unique<ContentsSources>()) {
+      m_SortedSymbols(m_ContainerRegion.get()), m_SymbolMembers(m_ContainerRegion.get()),
+      m_Sources(std::make_unique<ContentsSources>()) {
 }
 
 Archive::~Archive() {
@@ -85,6 +86,9 @@ void Archive::clear() {
     m_ArchiveMembers.clear();
     m_Symbols.clear();
     m_SortedSymbols.clear();
+    m_SymbolMembers.clear();
+    m_SymbolsLoaded = true;
+    m_ReadSymbolTable.reset();
     m_FileNameTable = nullptr;
     m_SymbolTable = nullptr;
     m_SortedSymbolsUpToDate = true;
@@ -116,7 +120,8 @@ uint32_t Archive::getIndex(const ArchiveMember* member) const {
     return notThere;
 }
 
-uint32_t Archive::getSymbolIndex(const Symbol* symbol) const {
+uint32_t Archive::getSymbolIndex(const Symbol* symbol) {
+    loadSymbols();
     const auto* const found = std::find(m_Symbols.begin(), m_Symbols.end(), symbol);
     return found == m_Symbols.end() ? notThere : static_cast<uint32_t>(found - m_Symbols.begin());
 }
@@ -369,8 +374,14 @@ void Archive::deleteMembers(std::span<ArchiveMember* const> members) {
     removeIf(m_Symbols,
              [&isDoomed](const Symbol* symbol) { return isDoomed(symbol->getDefiningMember()); });
     m_SortedSymbolsUpToDate = false;
+    for (ArchiveMember*& member : m_SymbolMembers) {
+        if (member != nullptr && isDoomed(member)) {
+            member = nullptr;
+        }
+    }
     for (ArchiveMember* member : members) {
         if (member == m_SymbolTable) {
+            keepReadSymbolTable();
             m_SymbolTable = nullptr;
         }
         if (member == m_FileNameTable) {

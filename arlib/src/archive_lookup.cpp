@@ -92,6 +92,7 @@ void fillSorted(const elfext::fast_array<Symbol*>& symbols, elfext::fast_array<S
 
 // Sorting waits for the first who asks: most runs never look a symbol up.
 void Archive::sortSymbols() {
+    loadSymbols();
     if (m_SortedSymbolsUpToDate) {
         return;
     }

@@ -58,6 +58,11 @@ uint32_t ArchiveMember::getIndex() const {
     return m_Archive->getIndex(this);
 }
 
+const elfext::fast_array<Symbol*>& ArchiveMember::getSymbols() {
+    m_Archive->loadSymbols();
+    return m_Symbols;
+}
+
 const elfext::fast_array<Symbol*>& ArchiveMember::getSortedSymbols() {
     m_Archive->sortSymbols();
     return m_SortedSymbols;

@@ -167,6 +167,9 @@ void Archive::layOutMembers() {
 // heap goes.
 void Archive::removeTable(ArchiveMember*& table) {
     if (table != nullptr) {
+        if (table == m_SymbolTable) {
+            keepReadSymbolTable();
+        }
         m_ArchiveMembers.remove(getIndex(table));
         removeFromIndex(table);
         table->~ArchiveMember();
@@ -201,6 +204,9 @@ ArchiveMember* Archive::prepareTable(ArchiveMember* table, const ArchiveMemberTy
     if (table == nullptr) {
         table = addMember("", 0, 0, 0, 0);
         table->m_Type = type;
+    }
+    if (table == m_SymbolTable) {
+        keepReadSymbolTable();
     }
     if (!makeRoomForTable(table, size)) {
         m_TableFailed = true;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <new>
+#include <utility>
 
 #include "alloclib/interface/region.h"
 #include "arlib/interface/archive.h"
@@ -57,20 +58,27 @@ private:
 
 } // namespace
 
-ArchiveMember* Archive::memberAtOffset(uint32_t offset) const {
-    uint32_t low = 0;
-    uint32_t high = m_ArchiveMembers.getSize();
-    while (low < high) {
-        const uint32_t middle = low + (high - low) / 2;
-        if (m_ArchiveMembers[middle]->m_Offset < offset) {
-            low = middle + 1;
-        } else {
-            high = middle;
+// Finds the member whose header stands at an offset. Members of a file that was just read stand in
+// the order of their offsets, and so, mostly, do the table's entries: the search begins at the
+// member found last, and moves it on.
+ArchiveMember* Archive::memberAtOffset(uint32_t offset, uint32_t& lastIndex) const {
+    const uint32_t count = m_ArchiveMembers.getSize();
+    for (uint32_t i = lastIndex; i < count && i < lastIndex + 2; ++i) {
+        if (m_ArchiveMembers[i]->m_Offset == offset) {
+            lastIndex = i;
+            return m_ArchiveMembers[i];
         }
     }
-    const bool isFound =
-        low < m_ArchiveMembers.getSize() && m_ArchiveMembers[low]->m_Offset == offset;
-    return isFound ? m_ArchiveMembers[low] : nullptr;
+    const auto standsBefore = [](const ArchiveMember* member, uint32_t place) {
+        return member->m_Offset < place;
+    };
+    ArchiveMember* const* found =
+        std::lower_bound(m_ArchiveMembers.begin(), m_ArchiveMembers.end(), offset, standsBefore);
+    if (found == m_ArchiveMembers.end() || (*found)->m_Offset != offset) {
+        return nullptr;
+    }
+    lastIndex = static_cast<uint32_t>(found - m_ArchiveMembers.begin());
+    return *found;
 }
 
 void Archive::addSymbol(const char* name, bool isDecorated, ArchiveMember* member) {
@@ -86,6 +94,8 @@ void Archive::addSymbol(const char* name, bool isDecorated, ArchiveMember* membe
 bool Archive::readSymbolTable() {
     TOMEX_CHECK(m_SymbolTableUpToDate);
     m_Symbols.clear();
+    m_SymbolMembers.clear();
+    m_SymbolsLoaded = true;
     m_SortedSymbolsUpToDate = false;
     if (m_SymbolTable == nullptr) {
         return true;
@@ -107,20 +117,17 @@ bool Archive::readSymbolTable() {
         }
         return false;
     }
-    return readSymbolNames(bytes, size);
+    return checkSymbols(bytes, size);
 }
 
-// The names are copied as one block; each symbol points into it.
-bool Archive::readSymbolNames(const uint8_t* bytes, uint32_t size) {
+// Checks every entry and notes its member. The Symbol objects are made when somebody asks for
+// them: most runs never do.
+bool Archive::checkSymbols(const uint8_t* bytes, uint32_t size) {
     ErrorHandler* handler = m_ErrorHandler;
     const SymbolTableView table(bytes, size);
     const uint32_t count = table.count();
-    const uint64_t start = table.namesStart();
-    const uint64_t namesSize = table.namesEnd() - start;
-    auto* names = static_cast<char*>(alloclib::allocate(*m_ObjectRegion.get(), namesSize + 1, 1));
-    std::memcpy(names, bytes + start, namesSize);
-
-    uint64_t position = start;
+    uint64_t position = table.namesStart();
+    uint32_t lastIndex = 0;
     for (uint32_t i = 0; i < count; ++i) {
         const uint64_t length = table.nameLength(position);
         if (position + length >= size) {
@@ -129,29 +136,61 @@ bool Archive::readSymbolNames(const uint8_t* bytes, uint32_t size) {
             }
             return false;
         }
-        char* name = names + (position - start);
+        const char* name = reinterpret_cast<const char*>(bytes) + position;
         position += length + 1;
         const uint32_t offset = table.entryOffset(i);
-        ArchiveMember* member = memberAtOffset(offset);
+        ArchiveMember* member = memberAtOffset(offset, lastIndex);
         if (member == nullptr) {
             if (handler == nullptr || !handler->symbolNoMember(this, i, name, offset)) {
                 return false;
             }
-            continue;
-        }
-        if (member->isAuxiliary()) {
+        } else if (member->isAuxiliary()) {
             if (handler == nullptr || !handler->symbolNotObject(this, i, name, offset)) {
                 return false;
             }
-            continue;
         }
-        char* decoration = std::strstr(name, symbolDecoration);
-        if (decoration != nullptr) {
-            *decoration = '\0';
-        }
-        addSymbol(name, decoration != nullptr, member);
+        m_SymbolMembers.add(member != nullptr && !member->isAuxiliary() ? member : nullptr);
     }
+    m_SymbolsLoaded = count == 0;
     return acceptTrailingZeros(bytes, size, position);
+}
+
+// Makes the Symbol objects of the table that was read. The names are copied as one block; each
+// symbol points into it.
+void Archive::loadSymbols() {
+    if (m_SymbolsLoaded) {
+        return;
+    }
+    m_SymbolsLoaded = true;
+    const MemberContents& contents =
+        m_ReadSymbolTable ? *m_ReadSymbolTable : *m_SymbolTable->m_Contents;
+    const SymbolTableView table(contents.bytes(), contents.size());
+    const uint64_t start = table.namesStart();
+    const uint64_t namesSize = table.namesEnd() - start;
+    auto* names = static_cast<char*>(alloclib::allocate(*m_ObjectRegion.get(), namesSize + 1, 1));
+    std::memcpy(names, contents.bytes() + start, namesSize);
+    char* name = names;
+    for (ArchiveMember* member : m_SymbolMembers) {
+        char* next = name + std::strlen(name) + 1;
+        if (member != nullptr) {
+            char* decoration = std::strstr(name, symbolDecoration);
+            if (decoration != nullptr) {
+                *decoration = '\0';
+            }
+            addSymbol(name, decoration != nullptr, member);
+        }
+        name = next;
+    }
+    m_SymbolMembers.clear();
+    m_ReadSymbolTable.reset();
+}
+
+// Keeps the bytes that symbols are still to be made of when the table's member gets others.
+void Archive::keepReadSymbolTable() {
+    if (!m_SymbolsLoaded && !m_ReadSymbolTable) {
+        m_ReadSymbolTable = std::move(m_SymbolTable->m_Contents);
+        m_SymbolTable->m_Contents = std::make_unique<MemberContents>();
+    }
 }
 
 bool Archive::acceptTrailingZeros(const uint8_t* bytes, uint32_t size, uint64_t end) {

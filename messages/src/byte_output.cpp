@@ -1,5 +1,10 @@
 #include "messages/interface/byte_output.h"
 
+#include <cstdio>
+
+#include <unistd.h>
+
+#include "messages/src/message_state.h"
 #include "messages/src/stream_output.h"
 
 namespace messages {
@@ -9,6 +14,15 @@ bool printBytesToStandardOutput(const void* bytes, size_t count) {
     const bool isWritten = writeBytes(stdout, static_cast<const char*>(bytes), count) >= 0;
     endOutput(stdout);
     return isWritten;
+}
+
+int duplicateStandardOutput() {
+    flushStream(stdout);
+    return ::dup(STDOUT_FILENO);
+}
+
+void noteLostOutput() {
+    messageState().outputLost = true;
 }
 
 } // namespace messages

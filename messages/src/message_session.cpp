@@ -49,7 +49,7 @@ void reserveStandardStreams() {
 // a stream's first use, so this is done once a process.
 void setBuffers() {
     static bool done = false;
-    static char outBuffer[65536];
+    static char outBuffer[size_t{256} << 10];
     static char errBuffer[4096];
     messageState().standardOutputIsTerminal = ::isatty(STDOUT_FILENO) == 1;
     if (done) {

@@ -64,6 +64,7 @@ public:
     uint64_t bytesWritten() const { return m_BytesWritten; }
 
 private:
+    uint8_t* bufferEnd();
     bool writeThrough(const uint8_t* bytes, size_t count);
     CopyOutcome copyThroughBuffer(const InputFile& input, uint64_t offset, uint64_t size);
     CopyOutcome copyBetweenFiles(const InputFile& input, uint64_t offset, uint64_t size);

@@ -6,6 +6,9 @@
 #include <utility>
 
 #include <fcntl.h>
+#ifdef __linux__
+#include <sys/sendfile.h>
+#endif
 #include <unistd.h>
 
 #include "platform/interface/system_path.h"
@@ -38,9 +41,14 @@ void OutputFile::adopt(int descriptor) {
     m_Error = 0;
     m_BytesWritten = 0;
     m_Used = 0;
+}
+
+// The buffer is made when something is first gathered: bodies that the host copies need none.
+uint8_t* OutputFile::bufferEnd() {
     if (!m_Buffer) {
         m_Buffer = std::make_unique_for_overwrite<uint8_t[]>(bufferCapacity);
     }
+    return m_Buffer.get() + m_Used;
 }
 
 bool OutputFile::createNew(const char* name) {
@@ -112,7 +120,7 @@ bool OutputFile::write(const void* bytes, size_t count) {
     if (count > bufferCapacity) {
         return writeThrough(static_cast<const uint8_t*>(bytes), count);
     }
-    std::memcpy(m_Buffer.get() + m_Used, bytes, count);
+    std::memcpy(bufferEnd(), bytes, count);
     m_Used += count;
     return true;
 }
@@ -131,7 +139,7 @@ CopyOutcome OutputFile::copyThroughBuffer(const InputFile& input, uint64_t offse
             return CopyOutcome::OutputFailed;
         }
         const auto count = static_cast<size_t>(std::min<uint64_t>(size, bufferCapacity - m_Used));
-        const int64_t got = input.readAt(m_Buffer.get() + m_Used, count, offset);
+        const int64_t got = input.readAt(bufferEnd(), count, offset);
         if (got != static_cast<int64_t>(count)) {
             m_Error = got < 0 ? errno : EIO;
             return CopyOutcome::InputFailed;
@@ -155,6 +163,18 @@ CopyOutcome OutputFile::copyBetweenFiles(const InputFile& input, uint64_t offset
                               static_cast<size_t>(std::min<uint64_t>(size, largestTransfer)), 0);
         if (done <= 0) {
             break; // not for these two files, or a failure: the plain copy finds out which side
+        }
+        offset += static_cast<uint64_t>(done);
+        size -= static_cast<uint64_t>(done);
+        m_BytesWritten += static_cast<uint64_t>(done);
+    }
+    while (size != 0) { // the same for pipes and devices
+        auto position = static_cast<off_t>(offset);
+        const ssize_t done =
+            ::sendfile(m_Descriptor, input.descriptor(), &position,
+                       static_cast<size_t>(std::min<uint64_t>(size, largestTransfer)));
+        if (done <= 0) {
+            break;
         }
         offset += static_cast<uint64_t>(done);
         size -= static_cast<uint64_t>(done);

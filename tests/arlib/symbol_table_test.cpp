@@ -18,7 +18,7 @@ protected:
     }
 };
 
-Names symbolsOf(const arlib::Archive& archive) {
+Names symbolsOf(arlib::Archive& archive) {
     Names names;
     for (const arlib::Symbol* symbol : archive.getSymbols()) {
         names.push_back(std::string(symbol->getName()) + (symbol->hasBuildAttributes() ? "+" : "") +
@@ -77,6 +77,34 @@ TEST_F(SymbolTable, SymbolsGoWithTheirMember) {
     arlib::SymbolList found;
     archive.findSymbols("x", found);
     EXPECT_EQ(found.getSize(), 0U);
+}
+
+// Symbols are made when they are asked for; what happens to members and table before must not
+// show in them.
+TEST_F(SymbolTable, SymbolsAreThoseThatWereReadHoweverLateTheyAreAsked) {
+    ArchiveBuilder builder;
+    builder.add("a.o", "1").add("b.o", "2").add("c.o", "3");
+    builder.symbol("x", 0).symbol("y", 1).symbol("z", 2);
+    arlib::Archive archive;
+    ASSERT_TRUE(readBytes(builder.bytes(), archive));
+    arlib::ArchiveMember* b = archive.getMembers()[2];
+    archive.moveMember(archive.getMembers()[3], 1);
+    archive.setSymbolTableMode(arlib::SymbolTableMode_Always);
+    ASSERT_TRUE(archive.updateAuxiliaryMembers());
+    archive.deleteMember(b);
+    archive.setSymbolTableMode(arlib::SymbolTableMode_None);
+    ASSERT_TRUE(archive.updateAuxiliaryMembers());
+    EXPECT_EQ(archive.getSymbolTable(), nullptr);
+    EXPECT_EQ(symbolsOf(archive), (Names{"x in a.o", "z in c.o"}));
+}
+
+TEST_F(SymbolTable, SymbolsOutliveTheirTable) {
+    ArchiveBuilder builder;
+    builder.add("a.o", "1").symbol("x", 0);
+    arlib::Archive archive;
+    ASSERT_TRUE(readBytes(builder.bytes(), archive));
+    archive.deleteMember(archive.getSymbolTable());
+    EXPECT_EQ(symbolsOf(archive), Names{"x in a.o"});
 }
 
 TEST_F(SymbolTable, TrailingZerosAreNothing) {

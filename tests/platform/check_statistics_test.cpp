@@ -93,7 +93,7 @@ TEST_F(CheckStatisticsTest, CountsThePassesOfCheckSites) {
         TOMEX_CHECK(i < 4);
     }
     platform::finishCheckStatistics();
-    EXPECT_NE(g_statistics.find("test_check_statistics.cpp "), std::string::npos);
+    EXPECT_NE(g_statistics.find("check_statistics_test.cpp "), std::string::npos);
     EXPECT_NE(g_statistics.find(" (cold low): 4\n"), std::string::npos);
 }
 

@@ -178,10 +178,10 @@ TEST_F(InternalCheckDeathTest, PrintsThroughTheOutputAndLeavesThroughTheExitHand
 TEST_F(InternalCheckDeathTest, ReportsTheConditionOfAFailedCheck) {
     const int used = 3;
     EXPECT_EXIT(TOMEX_CHECK(used < 3), testing::ExitedWithCode(1),
-                "\\] Assertion failed: tests/platform/test_internal_check line [0-9]+ \\(used < "
+                "\\] Assertion failed: tests/platform/internal_check_test line [0-9]+ \\(used < "
                 "3\\)\n$");
     EXPECT_EXIT(TOMEX_CHECK_TEXT(used < 3, "region != NULL"), testing::ExitedWithCode(1),
-                "\\] Assertion failed: tests/platform/test_internal_check line [0-9]+ \\(region "
+                "\\] Assertion failed: tests/platform/internal_check_test line [0-9]+ \\(region "
                 "!= NULL\\)\n$");
 }
 
