@@ -60,7 +60,7 @@ void extractMember(arlib::ArchiveMember& member) {
 namespace {
 
 // Contents of this size go to the standard output without a stop in memory.
-constexpr uint32_t largeContents = 64 << 10;
+constexpr uint32_t largeContents = 16 << 10;
 
 void printLargeMember(arlib::ArchiveMember& member) {
     platform::OutputFile output;

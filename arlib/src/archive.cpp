@@ -25,8 +25,12 @@ Archive::Archive()
       m_Sources(std::make_unique<ContentsSources>()) {
 }
 
+// Only what members hold outside the regions is released one by one; the regions take the rest.
 Archive::~Archive() {
-    clear();
+    for (ArchiveMember* member : m_ArchiveMembers) {
+        member->dropLocation();
+        member->m_Contents.reset();
+    }
 }
 
 void Archive::requireWritable() const {

@@ -20,7 +20,7 @@ constexpr size_t bufferCapacity = size_t{256} << 10;
 
 // From this size on a body is copied by the host itself; below, its two calls cost more than
 // passing the bytes through the buffer.
-constexpr uint64_t largeBody = uint64_t{64} << 10;
+constexpr uint64_t largeBody = uint64_t{16} << 10;
 
 constexpr size_t largestTransfer = size_t{1} << 30;
 
