@@ -12,8 +12,10 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 
 #include "arlib/interface/archive_member_type.h"
+#include "arlib/interface/contents_location.h"
 #include "elfext/interface/fast_array.h"
 
 namespace platform {
@@ -24,7 +26,6 @@ enum class CopyOutcome;
 namespace arlib {
 
 class Archive;
-class ContentsLocation;
 class ContentsReader;
 class Symbol;
 struct NameEntry;
@@ -123,7 +124,9 @@ public:
     // Makes sure that the bytes are on disk: contents without a location go to a temporary file,
     // which is removed with the location.
     bool ensureLocation();
-    const ContentsLocation* getLocation() const { return m_ContentsLocation.get(); }
+    const ContentsLocation* getLocation() const {
+        return m_ContentsLocation ? &*m_ContentsLocation : nullptr;
+    }
 
     // Replaces the contents with a copy of size bytes.
     bool setContents(const void* bytes, uint32_t size);
@@ -175,7 +178,7 @@ private:
     elfext::fast_array<Symbol*> m_Symbols;
     elfext::fast_array<Symbol*> m_SortedSymbols;
     std::unique_ptr<MemberContents> m_Contents;
-    std::unique_ptr<ContentsLocation> m_ContentsLocation;
+    std::optional<ContentsLocation> m_ContentsLocation;
 
     // Links of the archive's index by name.
     NameEntry* m_NameEntry = nullptr;

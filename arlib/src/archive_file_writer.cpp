@@ -240,8 +240,7 @@ void ArchiveFileWriter::Pass::relocateMembers() {
     uint64_t offset = archiveMagicSize;
     for (ArchiveMember* member : m_Archive.getMembers()) {
         member->dropLocation();
-        member->m_ContentsLocation =
-            std::make_unique<ContentsLocation>(member, source, false, offset + memberHeaderSize);
+        member->m_ContentsLocation.emplace(member, source, false, offset + memberHeaderSize);
         offset = nextMemberOffset(offset, member->getSize());
     }
 }

@@ -240,7 +240,7 @@ bool ArchiveMember::ensureLocation() {
     }
     auto source = std::make_shared<SourceFile>();
     source->name = copy.nameOrNull();
-    m_ContentsLocation = std::make_unique<ContentsLocation>(this, std::move(source), true, 0);
+    m_ContentsLocation.emplace(this, std::move(source), true, 0);
     return true;
 }
 
@@ -276,7 +276,7 @@ void ArchiveMember::takeRegion(std::shared_ptr<const SourceFile> source, uint64_
     m_Gid = static_cast<int32_t>(status.gid);
     m_Mode = status.mode;
     m_Size = size;
-    m_ContentsLocation = std::make_unique<ContentsLocation>(this, std::move(source), false, offset);
+    m_ContentsLocation.emplace(this, std::move(source), false, offset);
     m_Type = ArchiveMemberType::computeType(*this);
     contentsChanged();
 }
