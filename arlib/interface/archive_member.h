@@ -53,6 +53,15 @@ private:
     uint8_t* m_Bytes = nullptr;
 };
 
+// The symbols of one member. Most runs never ask a member for them.
+struct MemberSymbols {
+    explicit MemberSymbols(alloclib::Region* region)
+        : m_Symbols(region), m_SortedSymbols(region) {}
+
+    elfext::fast_array<Symbol*> m_Symbols;       // in table order
+    elfext::fast_array<Symbol*> m_SortedSymbols; // in order of name
+};
+
 class ArchiveMember {
 public:
     // The name, of so many characters and a NUL, lives as long as the archive.
@@ -153,6 +162,7 @@ private:
     friend class ArchiveFileWriter;
     friend class MemberIndex;
 
+    MemberSymbols& symbolLists();
     bool isWindowed() const;
     bool readThroughWindow(ContentsReader& reader, uint8_t* destination) const;
     const uint8_t* keptBytes() const;
@@ -175,8 +185,7 @@ private:
     uint32_t m_Offset = 0;
     bool m_Changed = false;
     const ArchiveMemberType* m_Type = nullptr;
-    elfext::fast_array<Symbol*> m_Symbols;
-    elfext::fast_array<Symbol*> m_SortedSymbols;
+    MemberSymbols* m_SymbolLists = nullptr; // made when it is first asked for
     std::unique_ptr<MemberContents> m_Contents;
     std::optional<ContentsLocation> m_ContentsLocation;
 

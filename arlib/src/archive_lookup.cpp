@@ -98,7 +98,9 @@ void Archive::sortSymbols() {
     }
     fillSorted(m_Symbols, m_SortedSymbols);
     for (ArchiveMember* member : m_ArchiveMembers) {
-        fillSorted(member->m_Symbols, member->m_SortedSymbols);
+        if (MemberSymbols* lists = member->m_SymbolLists) {
+            fillSorted(lists->m_Symbols, lists->m_SortedSymbols);
+        }
     }
     m_SortedSymbolsUpToDate = true;
 }

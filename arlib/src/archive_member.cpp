@@ -36,13 +36,24 @@ bool MemberContents::resize(uint32_t size) {
 }
 
 ArchiveMember::ArchiveMember(Archive* archive, const char* name, uint32_t nameLength)
-    : m_Archive(archive), m_Name(name), m_NameLength(nameLength),
-      m_Symbols(archive->m_ContainerRegion.get()),
-      m_SortedSymbols(archive->m_ContainerRegion.get()) {
+    : m_Archive(archive), m_Name(name), m_NameLength(nameLength) {
 }
 
 ArchiveMember::~ArchiveMember() {
     dropLocation();
+    if (m_SymbolLists != nullptr) {
+        m_SymbolLists->~MemberSymbols();
+    }
+}
+
+MemberSymbols& ArchiveMember::symbolLists() {
+    if (m_SymbolLists == nullptr) {
+        alloclib::Region* region = m_Archive->m_ContainerRegion.get();
+        void* memory =
+            region->Alloc(sizeof(MemberSymbols), alignof(MemberSymbols), "arlib::MemberSymbols");
+        m_SymbolLists = new (memory) MemberSymbols(region);
+    }
+    return *m_SymbolLists;
 }
 
 void ArchiveMember::requireWritable() const {
@@ -60,12 +71,12 @@ uint32_t ArchiveMember::getIndex() const {
 
 const elfext::fast_array<Symbol*>& ArchiveMember::getSymbols() {
     m_Archive->loadSymbols();
-    return m_Symbols;
+    return symbolLists().m_Symbols;
 }
 
 const elfext::fast_array<Symbol*>& ArchiveMember::getSortedSymbols() {
     m_Archive->sortSymbols();
-    return m_SortedSymbols;
+    return symbolLists().m_SortedSymbols;
 }
 
 void ArchiveMember::setDate(int64_t date) {

@@ -10,9 +10,9 @@ namespace {
 constexpr size_t smallestWindow = size_t{4} << 10;
 constexpr size_t largestWindow = size_t{256} << 10;
 
-// A window that served this many views was worth its size, and the next one is larger; one that
-// served a single view brought bytes that nobody asked for.
-constexpr uint32_t manyViews = 8;
+// What the host copies in the time that a call to it costs by itself. Where the views lie closer
+// together than this, a larger window is cheaper than more calls.
+constexpr size_t bytesWorthACall = size_t{4} << 10;
 
 } // namespace
 
@@ -22,9 +22,9 @@ bool ContentsReader::close() {
 }
 
 bool ContentsReader::moveWindow(uint64_t offset, size_t count) {
-    if (m_NextWindowSize == 0 || m_ViewsInWindow <= 1) {
+    if (m_ViewsInWindow <= 1) {
         m_NextWindowSize = std::max(m_NextWindowSize / 2, smallestWindow);
-    } else if (m_ViewsInWindow >= manyViews) {
+    } else if (m_WindowUsed / m_ViewsInWindow < bytesWorthACall) {
         m_NextWindowSize = std::min(m_NextWindowSize * 2, largestWindow);
     }
     const size_t wanted = std::max(m_NextWindowSize, count);

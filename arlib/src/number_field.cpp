@@ -1,14 +1,12 @@
 #include "arlib/src/number_field.h"
 
+#include <cstring>
+
 namespace arlib {
 namespace {
 
-size_t skipBlanks(std::string_view field, size_t position) {
-    while (position < field.size() && field[position] == ' ') {
-        ++position;
-    }
-    return position;
-}
+constexpr char blanks[] = "                ";
+constexpr size_t blankCount = sizeof blanks - 1;
 
 bool isDigit(char c) {
     return c >= '0' && c <= '9';
@@ -17,23 +15,25 @@ bool isDigit(char c) {
 } // namespace
 
 bool parseNumberField(std::string_view field, uint32_t base, uint32_t& value) {
-    size_t position = skipBlanks(field, 0);
-    if (position == field.size() || !isDigit(field[position])) {
+    const char* position = field.data();
+    const char* const end = position + field.size();
+    while (position != end && *position == ' ') {
+        ++position;
+    }
+    if (position == end || !isDigit(*position)) {
         return false;
     }
     uint64_t number = 0;
-    while (position < field.size() && isDigit(field[position])) {
-        const auto digit = static_cast<uint32_t>(field[position] - '0');
-        if (digit >= base) {
-            break; // "8" and "9" end an octal number
-        }
-        number = number * base + digit;
+    // A digit that the base has not, as "8" in an octal number, ends the number.
+    for (; position != end && *position >= '0' &&
+           static_cast<uint32_t>(*position - '0') < base;
+         ++position) {
+        number = number * base + static_cast<uint32_t>(*position - '0');
         if (number > UINT32_MAX) {
             return false;
         }
-        ++position;
     }
-    if (skipBlanks(field, position) != field.size()) {
+    if (!isBlankField({position, static_cast<size_t>(end - position)})) {
         return false;
     }
     value = static_cast<uint32_t>(number);
@@ -41,7 +41,7 @@ bool parseNumberField(std::string_view field, uint32_t base, uint32_t& value) {
 }
 
 bool isBlankField(std::string_view field) {
-    return skipBlanks(field, 0) == field.size();
+    return field.size() <= blankCount && std::memcmp(field.data(), blanks, field.size()) == 0;
 }
 
 } // namespace arlib

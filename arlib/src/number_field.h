@@ -11,7 +11,7 @@ namespace arlib {
 // into 32 bits.
 bool parseNumberField(std::string_view field, uint32_t base, uint32_t& value);
 
-// True if the field is all blanks.
+// True if the field, of 16 characters or less, is all blanks.
 bool isBlankField(std::string_view field);
 
 } // namespace arlib

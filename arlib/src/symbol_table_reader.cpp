@@ -88,7 +88,7 @@ void Archive::addSymbol(const char* name, bool isDecorated, ArchiveMember* membe
         symbol->setBuildAttributes(attributes::FullAttr());
     }
     m_Symbols.add(symbol);
-    member->m_Symbols.add(symbol);
+    member->symbolLists().m_Symbols.add(symbol);
 }
 
 bool Archive::readSymbolTable() {
