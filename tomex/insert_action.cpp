@@ -89,7 +89,7 @@ void FileInserter::insert(const char* fileName) {
 // said about that, so the archive read here has no handler.
 bool FileInserter::mergeArchive(const char* fileName, const platform::FileProbe& probe) {
     const bool hasMagic =
-        probe.head.size() >= arlib::archiveMagicSize &&
+        probe.closeError == 0 && probe.head.size() >= arlib::archiveMagicSize &&
         std::memcmp(probe.head.data(), arlib::archiveMagic, arlib::archiveMagicSize) == 0;
     if (!hasMagic) {
         return false;

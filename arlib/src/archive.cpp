@@ -234,6 +234,12 @@ Archive::SourceFilePointer Archive::describeFile(const char* fileName) {
 
 Archive::SourceFilePointer Archive::describeFile(const char* fileName,
                                                  const platform::FileProbe& probe) {
+    if (probe.closeError != 0) {
+        if (m_ErrorHandler != nullptr) {
+            m_ErrorHandler->closeError(this, fileName, probe.closeError);
+        }
+        return nullptr;
+    }
     const int error = probe.exists ? errorOfStatus(probe.status) : probe.error;
     std::shared_ptr<SourceFile> source = acceptFile(fileName, probe.status, error);
     const size_t size = probe.head.size();

@@ -80,6 +80,7 @@ public:
 private:
     bool writeFailed(const char* name, int error);
     bool abandon();
+    void removeTemporaryFile();
     bool outputFailed();
     bool writeMember(ArchiveMember& member);
     bool replaceInTwoSteps(int renameError);
@@ -98,10 +99,17 @@ bool ArchiveFileWriter::Pass::writeFailed(const char* name, int error) {
     return false;
 }
 
+// A file that cannot be removed is named, so that the user can do it.
+void ArchiveFileWriter::Pass::removeTemporaryFile() {
+    if (!platform::removeGuardedFile() && m_Handler != nullptr) {
+        m_Handler->deleteError(&m_Archive, m_TemporaryName.c_str(), errno);
+    }
+}
+
 // Leaves nothing but the old archive.
 bool ArchiveFileWriter::Pass::abandon() {
     m_Output.abandon();
-    platform::removeGuardedFile();
+    removeTemporaryFile();
     return false;
 }
 
@@ -218,7 +226,7 @@ bool ArchiveFileWriter::Pass::replaceInTwoSteps(int renameError) {
             if (m_Handler != nullptr) {
                 m_Handler->deleteError(&m_Archive, m_FileName, error);
             }
-            platform::removeGuardedFile();
+            removeTemporaryFile();
             return false;
         }
         if (platform::renameGuardedFile(m_FileName)) {
@@ -227,7 +235,7 @@ bool ArchiveFileWriter::Pass::replaceInTwoSteps(int renameError) {
         renameError = errno;
     }
     writeFailed(m_FileName, renameError);
-    platform::removeGuardedFile();
+    removeTemporaryFile();
     return false;
 }
 

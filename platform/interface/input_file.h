@@ -46,7 +46,8 @@ private:
 struct FileProbe {
     bool exists = false;           // something stands under the name, readable or not
     FileStatus status;             // valid if exists
-    int error = 0;                 // the host's number for why it could not be read; 0 if it could
+    int error = 0;                 // host number for why it could not be read, or 0
+    int closeError = 0;            // host number for why it could not be closed, or 0
     std::span<const uint8_t> head; // its first bytes, in the caller's buffer
 };
 

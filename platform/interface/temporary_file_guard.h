@@ -35,8 +35,8 @@ int createGuardedFile(const char* name);
 // ends the guard. False leaves errno, the file and the guard.
 bool renameGuardedFile(const char* finalName);
 
-// Removes the guarded file, if there is one, and ends the guard.
-void removeGuardedFile();
+// Removes the guarded file, if there is one, and ends the guard. False leaves errno and the file.
+bool removeGuardedFile();
 
 // Ends the guard and leaves the file where it is.
 void releaseGuardedFile();

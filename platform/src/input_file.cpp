@@ -109,6 +109,7 @@ FileProbe probeFile(const char* name, std::span<uint8_t> buffer) {
     } else {
         probe.head = buffer.first(static_cast<size_t>(got));
     }
+    probe.closeError = file.close() ? 0 : errno;
     return probe;
 }
 

@@ -78,12 +78,12 @@ bool renameGuardedFile(const char* finalName) {
     return true;
 }
 
-void removeGuardedFile() {
+bool removeGuardedFile() {
     const StoppingSignalsHeld held;
-    if (guardedName != nullptr) {
-        ::unlink(guardedName);
-        guardedName = nullptr;
-    }
+    const char* name = guardedName;
+    guardedName = nullptr;
+    errno = 0;
+    return name == nullptr || ::unlink(name) == 0;
 }
 
 void releaseGuardedFile() {

@@ -90,6 +90,12 @@ TEST_F(FileFailureInput, FileThatCannotBeReadAgain) {
     expectOldScene();
 }
 
+TEST_F(FileFailureInput, FileThatCannotBeClosedIsNotTaken) {
+    EXPECT_TRUE(ended(with({"@close:path=a.o:nth=1:errno=EIO"}), 1, "",
+                      failure("L6977E: Closing", EIO) + notElf("c.o")));
+    expectOldScene();
+}
+
 TEST_F(FileFailureInput, OldArchiveThatVanishesBeforeItIsCopied) {
     EXPECT_TRUE(ended(with({"@open:path=lib.a.0:nth=1:delete=lib.a"}), 1, "",
                       rebuilt(reading(ENOENT) + writing(ENOENT))));

@@ -130,6 +130,13 @@ TEST_F(FileFailureWrite, TemporaryFileThatCannotBeClosedStays) {
     EXPECT_EQ(names("lib.a.0"), (Words{"a.o", "b-is-a-long-name.o", "large", "c.o"}));
 }
 
+TEST_F(FileFailureWrite, TemporaryFileThatCannotBeRemovedIsToldOf) {
+    EXPECT_TRUE(ended(with({"write:path=lib.a.0:errno=ENOSPC", "@remove:path=lib.a.0:errno=EPERM"}),
+                      1, "", rebuilt(writing(ENOSPC) + failure("L6978E: Deleting", EPERM))));
+    EXPECT_EQ(folder.entries(), (Words{"a.o", "c.o", "lib.a", "lib.a.0"}));
+    EXPECT_TRUE(folder.read("lib.a") == oldBytes());
+}
+
 TEST_F(FileFailureWrite, HostThatDoesNotReplaceByRenaming) {
     EXPECT_TRUE(ended(with({"@rename:path=lib.a.0:nth=1:errno=EEXIST"}), 0, "", rebuilt("")));
     expectNewScene();
