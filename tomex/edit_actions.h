@@ -19,7 +19,7 @@ inline constexpr int64_t positionNotFound = -2;
 int64_t resolvePosition(const arlib::Archive& archive);
 
 // Moves the first match of each word to the position, or to the end.
-void moveMembers(arlib::Archive& archive, const ArchiveReadStatus& status, int64_t& position);
+void moveMembers(arlib::Archive& archive, const ArchiveReadStatus& status, int64_t position);
 
 // Deletes all matches of each word.
 void deleteMembers(arlib::Archive& archive, const ArchiveReadStatus& status);

@@ -45,6 +45,10 @@ bool matchesLeaf(std::string_view leaf, const arlib::ArchiveMember& member) {
 
 } // namespace
 
+bool isLookedUp(const char* word) {
+    return isPlainName(leafOf(word));
+}
+
 void selectMembers(arlib::Archive& archive, const char* word,
                    std::vector<arlib::ArchiveMember*>& selected) {
     selected.clear();

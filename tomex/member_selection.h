@@ -17,6 +17,10 @@ bool matchName(const char* pattern, const char* memberName);
 void selectMembers(arlib::Archive& archive, const char* word,
                    std::vector<arlib::ArchiveMember*>& selected);
 
+// True if the word is looked up, so that the order of the list plays no part in what it means but
+// for members of one name.
+bool isLookedUp(const char* word);
+
 // The first of them that is not auxiliary, or null.
 arlib::ArchiveMember* selectFirstMember(arlib::Archive& archive, const char* word);
 

@@ -120,6 +120,13 @@ public:
     // Takes a member out of the list and puts it back at newIndex of the shortened list.
     void moveMember(ArchiveMember* member, uint32_t newIndex);
 
+    // Takes members, each named once, out of the list and puts them back, in the order given,
+    // between what stood at gap - 1 and what stood at gap. One walk serves all of them.
+    void moveMembers(std::span<ArchiveMember* const> members, uint32_t gap);
+
+    // True if other members have the member's name.
+    bool hasNamesakes(const ArchiveMember* member);
+
     // Appends an empty member that has contents of size 0 in memory.
     ArchiveMember* addMember(const char* name, int64_t date, int32_t uid, int32_t gid,
                              uint32_t mode);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <iterator>
 #include <new>
 #include <vector>
 
@@ -157,6 +158,46 @@ void Archive::moveMember(ArchiveMember* member, uint32_t newIndex) {
     }
     shiftMember(oldIndex, newIndex);
     reorderInIndex(member, newIndex);
+    markTablesStale();
+}
+
+namespace {
+
+// Members to be told from the others in a walk over the list.
+class MemberSet {
+public:
+    explicit MemberSet(std::span<ArchiveMember* const> members)
+        : m_Sorted(members.begin(), members.end()) {
+        std::sort(m_Sorted.begin(), m_Sorted.end());
+    }
+    bool contains(const ArchiveMember* member) const {
+        return std::binary_search(m_Sorted.begin(), m_Sorted.end(), member);
+    }
+
+private:
+    std::vector<const ArchiveMember*> m_Sorted;
+};
+
+} // namespace
+
+void Archive::moveMembers(std::span<ArchiveMember* const> members, uint32_t gap) {
+    requireWritable();
+    const uint32_t count = m_ArchiveMembers.getSize();
+    TOMEX_CHECK(gap <= count);
+    const MemberSet moved(members);
+    const auto stays = [&moved](const ArchiveMember* member) { return !moved.contains(member); };
+    std::vector<ArchiveMember*> order;
+    order.reserve(count);
+    ArchiveMember* const* list = m_ArchiveMembers.begin();
+    std::copy_if(list, list + gap, std::back_inserter(order), stays);
+    const auto firstMoved = static_cast<uint32_t>(order.size());
+    order.insert(order.end(), members.begin(), members.end());
+    std::copy_if(list + gap, list + count, std::back_inserter(order), stays);
+    TOMEX_CHECK(order.size() == count);
+    std::copy(order.begin(), order.end(), m_ArchiveMembers.begin());
+    for (uint32_t i = 0; i < members.size(); ++i) {
+        reorderInIndex(members[i], firstMoved + i);
+    }
     markTablesStale();
 }
 
@@ -375,10 +416,9 @@ void Archive::deleteMembers(std::span<ArchiveMember* const> members) {
     if (members.empty()) {
         return;
     }
-    std::vector<const ArchiveMember*> doomed(members.begin(), members.end());
-    std::sort(doomed.begin(), doomed.end());
+    const MemberSet doomed(members);
     const auto isDoomed = [&doomed](const ArchiveMember* member) {
-        return std::binary_search(doomed.begin(), doomed.end(), member);
+        return doomed.contains(member);
     };
     removeIf(m_ArchiveMembers, isDoomed);
     removeIf(m_Symbols,

@@ -44,6 +44,11 @@ void Archive::reorderInIndex(ArchiveMember* member, uint32_t newIndex) {
     MemberIndex::moveBehind(member, predecessor);
 }
 
+bool Archive::hasNamesakes(const ArchiveMember* member) {
+    memberIndex();
+    return MemberIndex::hasNamesakes(member);
+}
+
 void Archive::findMembers(const char* name, ArchiveMemberList& result) {
     const NameEntry* entry = memberIndex().find(name);
     uint32_t count = 0;

@@ -1,6 +1,11 @@
 // Moving members inside the archive.
 #include "tests/command/command_case.h"
 
+#include <cctype>
+#include <optional>
+#include <random>
+#include <utility>
+
 namespace commandtest {
 namespace {
 
@@ -106,6 +111,84 @@ TEST_F(Move, AbsentMemberIsAnErrorAndNothingIsWritten) {
     EXPECT_TRUE(ended(tomex({"-mv", "lib.a", "none", "a", "x*"}), 1, "m - a\n",
                       notPresent("Error", "none") + notPresent("Error", "x*")));
     EXPECT_EQ(folder.read("lib.a"), before);
+}
+
+// The order that moving one member after the other gives. Members are told apart by their dates.
+class OrderModel {
+public:
+    explicit OrderModel(const std::string& names) {
+        for (const char name : names) {
+            m_Members.emplace_back(name, m_Members.size());
+        }
+    }
+
+    size_t find(char word) const {
+        size_t index = 0;
+        while (word != '?' && std::tolower(m_Members[index].first) != std::tolower(word)) {
+            ++index;
+        }
+        return index;
+    }
+    // To the place of the given index, or to the end; gives the place for the next one.
+    std::optional<size_t> move(char word, std::optional<size_t> place) {
+        const size_t from = find(word);
+        const auto member = m_Members[from];
+        m_Members.erase(m_Members.begin() + static_cast<ptrdiff_t>(from));
+        size_t to = m_Members.size();
+        if (place) {
+            to = from < *place ? *place - 1 : *place;
+            place = to + 1;
+        }
+        m_Members.insert(m_Members.begin() + static_cast<ptrdiff_t>(to), member);
+        return place;
+    }
+    Words summary() const {
+        Words lines;
+        for (const auto& [name, date] : m_Members) {
+            lines.push_back(std::string(1, name) + " " + std::to_string(date));
+        }
+        return lines;
+    }
+
+private:
+    std::vector<std::pair<char, size_t>> m_Members;
+};
+
+TEST_F(Move, ManyWordsGiveTheOrderOfMovingOneByOne) {
+    for (unsigned seed = 0; seed < 200; ++seed) {
+        std::mt19937 random(seed);
+        const auto oneOf = [&random](std::string_view letters) {
+            return letters[std::uniform_int_distribution<size_t>(0, letters.size() - 1)(random)];
+        };
+        std::string present;
+        ArchiveBuilder builder;
+        for (uint64_t i = 0; i < 7; ++i) {
+            present += oneOf(seed % 2 == 0 ? "abAB" : "abcdefghij");
+            builder.add({.name = present.substr(present.size() - 1), .contents = "x", .date = i});
+        }
+        folder.write("lib.a", builder.bytes());
+        OrderModel model(present);
+        Words words = {"-m", "lib.a"};
+        std::optional<size_t> place;
+        if (const char way = oneOf("abe"); way != 'e') {
+            const char anchor = oneOf(present);
+            place = model.find(anchor) + (way == 'a' ? 1 : 0);
+            words.insert(words.begin() + 1, {std::string("-") + way, std::string(1, anchor)});
+        }
+        for (int i = 0; i < 8; ++i) {
+            const char word = oneOf(present + "?");
+            place = model.move(word, place);
+            words.emplace_back(1, word);
+        }
+        ASSERT_TRUE(ended(tomex(words), 0, "", "")) << seed;
+        Words found;
+        for (const auto& member : archive().members) {
+            if (member.name != "/") {
+                found.push_back(member.name + " " + std::to_string(member.date));
+            }
+        }
+        ASSERT_EQ(found, model.summary()) << "seed " << seed;
+    }
 }
 
 TEST_F(Move, ArchiveWithoutMembersHasNothingToMove) {
