@@ -20,8 +20,9 @@ inline RegionGeneral& defaultRegion() {
 // Brings the library up and makes both regions. First act of a run.
 void startAllocators();
 
-// Destroys both regions and ends the library. All blocks of all regions are gone then; every
-// other region must have been destroyed before. Last act of a run.
+// Destroys the general regions that are still there, for the way out from the depth of a run leaves
+// their owners behind; then both regions, and ends the library. All blocks of all regions are gone
+// then. Last act of a run.
 void finishAllocators();
 
 } // namespace alloclib

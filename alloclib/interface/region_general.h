@@ -20,6 +20,7 @@
 
 namespace alloclib {
 
+struct FreeBigBlock;
 struct RegionStats;
 
 class RegionGeneral final : public Region {
@@ -42,6 +43,10 @@ public:
     // must outlive the library's run (a literal). `initialSize` is a hint in bytes that only
     // debugging regions look at.
     static RegionGeneral* Create(uint64_t initialSize, const char* name);
+
+    // Destroys all general regions but `kept`, with all their memory, latest first. No destructor
+    // of an object in them runs, and nobody may use them any more.
+    static void DestroyOthers(const RegionGeneral& kept);
 
     // The full allocator. The block's address is a multiple of 8, and of `align` if that is
     // greater and `size` is below `Limit_Large`; alignments up to 2048 can always be served.
@@ -71,7 +76,6 @@ public:
 private:
     struct NormalBlock;
     struct LargeBlock;
-    struct FreeBlock;
     struct SmallFreeBlock;
     friend class RegionGeneralProbe; // tests bring about states that no call leads to
 
@@ -85,15 +89,17 @@ private:
     void* bump(uint64_t size, uint64_t align, const char* typeName);
     void* takeLarge(uint64_t size, const char* typeName);
     void findWorkingArea(uint64_t size, uint64_t align);
-    bool takeFreeBig(uint64_t rounded, uint64_t align);
     void discardSmall(void* block, uint64_t rounded);
     void discardBig(void* block, uint64_t rounded);
     void discardLarge(void* block, uint64_t size);
     void giveBackSkipped(void* block, uint64_t size);
     void SetBlockWorkingState();
+    [[noreturn]] void failForState() const;
     void recordGiven(void* block, uint64_t size, uint64_t padding, const char* typeName);
     bool isAccurate() const { return (state & State_Accurate) != 0; }
     void destroyTransparent(bool freeMemory);
+    void enter();
+    void leave();
     static void discardBlocks(Region& owner, LargeBlock* large, NormalBlock* normal);
 
     RegionStats* stats;
@@ -102,13 +108,12 @@ private:
     uint32_t state;
     NormalBlock* blocks = nullptr;     // latest first
     LargeBlock* largeBlocks = nullptr; // latest first
-    FreeBlock* freeBig = nullptr;      // latest first
+    FreeBigBlock* freeBig = nullptr;   // latest first, see free_big_list.h
     uint8_t ownsParent = 0;
     uint32_t freeSmallBytes = 0;
     SmallFreeBlock** freeSmall = nullptr; // 16 heads by size / 8, made on first need
-    // No entry of `freeBig` is greater than this many bytes, so that a request that cannot be
-    // served from the list does not walk it again and again.
-    uint64_t freeBigBound = 0;
+    RegionGeneral* older = nullptr;       // the neighbours among all general regions
+    RegionGeneral* newer = nullptr;
 };
 
 } // namespace alloclib

@@ -36,7 +36,11 @@ struct RegionStats {
 
     // One call for each event; all sizes are in bytes. `typeName` may be null.
     void recordCreation(uint64_t initialSize) const;
-    void recordExtension() const;
+    void recordExtension() const {
+        if (traceLevel >= TraceLevel_Life) [[unlikely]] {
+            traceExtension();
+        }
+    }
     void recordAlloc(void* block, uint64_t size, uint64_t padding, const char* typeName) {
         allocCount++;
         allocBytes += size;
@@ -68,6 +72,7 @@ private:
     };
 
     void raiseMaximum() { maxSize = std::max(maxSize, currentSize()); }
+    void traceExtension() const;
     void traceAlloc(const void* block, uint64_t size, uint64_t padding, const char* typeName) const;
     void traceDiscard(const void* block, uint64_t size, uint64_t padding) const;
     void traceSize(const char* format, uint64_t size) const;

@@ -22,6 +22,7 @@ void startAllocators() {
 }
 
 void finishAllocators() {
+    RegionGeneral::DestroyOthers(*detail::currentDefaultRegion);
     detail::currentDefaultRegion->Destroy(true);
     detail::currentDefaultRegion = nullptr;
     PopDefaultParent();

@@ -4,6 +4,7 @@
 // chunk always, since chunks do not lie side by side in memory.
 #pragma once
 
+#include <bit>
 #include <cstdint>
 
 namespace alloclib {
@@ -26,10 +27,24 @@ public:
     // chunk, looked for from word `firstWord` on. `NoRun` if there is none.
     uint32_t findRun(uint32_t firstWord, uint32_t count) const;
 
+    // `findRun` for a single page, which is what nearly every request is for.
+    uint32_t findPage(uint32_t firstWord) const {
+        for (uint32_t word = firstWord; word < Words; ++word) {
+            if (m_words[word] != 0) {
+                return word * WordBits + static_cast<uint32_t>(std::countr_zero(m_words[word]));
+            }
+        }
+        return NoRun;
+    }
+
     // Marks `count` pages from number `first` on as free, or as in use. Beyond the bitmap's end
     // it is an internal error.
     void setBits(uint32_t first, uint64_t count);
     void clearBits(uint32_t first, uint64_t count);
+
+    // The same for the single `page`, which is one of the bitmap's.
+    void setBit(uint32_t page) { m_words[page / WordBits] |= uint32_t{1} << page % WordBits; }
+    void clearBit(uint32_t page) { m_words[page / WordBits] &= ~(uint32_t{1} << page % WordBits); }
 
     bool isFree(uint32_t page) const {
         return (m_words[page / WordBits] >> (page % WordBits) & 1U) != 0;

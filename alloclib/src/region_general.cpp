@@ -7,6 +7,7 @@
 
 #include "alloclib/interface/alloclib.h"
 #include "alloclib/interface/region_stats.h"
+#include "alloclib/src/free_big_list.h"
 #include "alloclib/src/library_state.h"
 #include "alloclib/src/region_malloc_free.h"
 #include "alloclib/src/stats_lists.h"
@@ -28,12 +29,6 @@ struct alignas(8) RegionGeneral::LargeBlock {
     uint32_t size; // of the whole block, header included
     LargeBlock* next;
     LargeBlock* previous;
-};
-
-// The first words of a block on `freeBig`.
-struct RegionGeneral::FreeBlock {
-    uint32_t size;
-    FreeBlock* next;
 };
 
 // The first word of a block on a small list.
@@ -60,15 +55,6 @@ constexpr uint64_t roundUp8(uint64_t size) {
     return roundUp(size, 8);
 }
 
-// Bytes to skip from `address` to the next multiple of `align`; everything here is 8-aligned.
-uint64_t alignmentGap(const void* address, uint64_t align) {
-    if (align <= 8) {
-        return 0;
-    }
-    const uint64_t past = reinterpret_cast<uintptr_t>(address) & (align - 1);
-    return past == 0 ? 0 : align - past;
-}
-
 // Sizes of headers are 32 bits wide. Whatever would not fit, with header and rounding, is more
 // than the region can deal out.
 constexpr uint64_t greatestRequest = UINT32_MAX - uint64_t{0x2000};
@@ -87,8 +73,38 @@ ALLOCLIB_READS_POISONED void writeBlock(void* place, const Block& block) {
 
 // --- Creation and end
 
+namespace {
+constinit RegionGeneral* newestRegion = nullptr;
+} // namespace
+
 RegionGeneral::RegionGeneral(Region& parentRegion, uint32_t initialState, RegionStats* regionStats)
     : stats(regionStats), parent(&parentRegion), state(initialState) {
+    enter();
+}
+
+void RegionGeneral::enter() {
+    older = newestRegion;
+    if (older != nullptr) {
+        older->newer = this;
+    }
+    newestRegion = this;
+}
+
+void RegionGeneral::leave() {
+    (newer == nullptr ? newestRegion : newer->older) = older;
+    if (older != nullptr) {
+        older->newer = newer;
+    }
+}
+
+void RegionGeneral::DestroyOthers(const RegionGeneral& kept) {
+    for (RegionGeneral* region = newestRegion; region != nullptr;) {
+        RegionGeneral* const following = region->older;
+        if (region != &kept) {
+            region->Destroy(true);
+        }
+        region = following;
+    }
 }
 
 RegionGeneral* RegionGeneral::Create(uint64_t initialSize, const char* name) {
@@ -153,6 +169,7 @@ RegionGeneral* RegionGeneral::createTransparent(uint64_t initialSize, const char
 }
 
 void RegionGeneral::Destroy(bool freeMemory) {
+    leave();
     if (state == State_SlowTransparent) {
         destroyTransparent(freeMemory);
         return;
@@ -197,28 +214,33 @@ void RegionGeneral::discardBlocks(Region& owner, LargeBlock* large, NormalBlock*
 
 // --- The working state
 
+// On the way of every full allocation, hence the flaws apart.
 void RegionGeneral::SetBlockWorkingState() {
-    if (state > (State_SlowTransparent | State_Accurate) ||
-        state == (State_SlowTransparent | State_Accurate)) {
-        failInternally("Invalid flags in SetBlockWorkingState");
-    }
-    if (state == State_SlowTransparent) {
-        failInternally("SLOW_TRANSPARENT occurred in SetBlockWorkingState");
-    }
     const uint32_t accurate = state & State_Accurate;
-    if (state == accurate) {
-        failInternally("Unknown flags in SetBlockWorkingState");
+    const uint32_t mode = state & ~uint32_t{State_Accurate};
+    if (mode != State_Fast && mode != State_Slow) [[unlikely]] {
+        failForState();
     }
     state = (freeSmallBytes <= Limit_SmallWaiting ? State_Fast : State_Slow) | accurate;
-    if (next > end) {
+    if (next > end) [[unlikely]] {
         failInternally("allocation went beyond the end of the working block");
     }
-    if (state != State_Fast) {
+    if (state != State_Fast) [[unlikely]] {
         limit = next;
-    } else if (workingBlockRoom() <= FastPathBytes) {
-        limit = end;
     } else {
-        limit = next + FastPathBytes;
+        limit = next + std::min<uint64_t>(workingBlockRoom(), FastPathBytes);
+    }
+}
+
+void RegionGeneral::failForState() const {
+    switch (state) {
+    case State_SlowTransparent:
+        failInternally("SLOW_TRANSPARENT occurred in SetBlockWorkingState");
+    case 0:
+    case State_Accurate:
+        failInternally("Unknown flags in SetBlockWorkingState");
+    default:
+        failInternally("Invalid flags in SetBlockWorkingState");
     }
 }
 
@@ -227,6 +249,9 @@ void RegionGeneral::SetBlockWorkingState() {
 void* RegionGeneral::AllocFull(RegionGeneral* region, uint64_t size, uint64_t align,
                                const char* typeName) {
     const uint32_t state = region->state;
+    if (state == State_Fast && size < Limit_Large) [[likely]] {
+        return region->bump(size, align, typeName);
+    }
     if (state == State_SlowTransparent) {
         return region->parent->Alloc(size, align, typeName);
     }
@@ -291,7 +316,6 @@ void* RegionGeneral::bump(uint64_t size, uint64_t align, const char* typeName) {
     uint64_t gap = alignmentGap(next, align);
     if (workingBlockRoom() <= rounded + gap) {
         findWorkingArea(size, align);
-        SetBlockWorkingState();
         gap = alignmentGap(next, align);
         if (workingBlockRoom() < rounded + gap) {
             failInternally("allocation went beyond the end of the working block");
@@ -311,7 +335,9 @@ void RegionGeneral::findWorkingArea(uint64_t size, uint64_t align) {
         stats->recordFragmentationIncrease(workingBlockRoom());
     }
     const uint64_t rounded = roundUp8(size);
-    if (takeFreeBig(rounded, align)) {
+    if (FreeBigBlock* const free = takeFreeBig(freeBig, rounded, align)) {
+        next = reinterpret_cast<char*>(free);
+        end = next + sizeOfFreeBig(free);
         return;
     }
     const uint64_t blockSize =
@@ -328,35 +354,6 @@ void RegionGeneral::findWorkingArea(uint64_t size, uint64_t align) {
     } else {
         stats->recordAlloc(memory, size, blockSize - size, "block");
     }
-}
-
-// Takes the first discarded block that holds `rounded` bytes, aligned, as the working area.
-bool RegionGeneral::takeFreeBig(uint64_t rounded, uint64_t align) {
-    if (rounded > freeBigBound) {
-        return false;
-    }
-    uint64_t greatest = 0;
-    FreeBlock* before = nullptr;
-    for (FreeBlock* block = freeBig; block != nullptr;) {
-        const FreeBlock entry = readBlock(block);
-        if (entry.size >= rounded + alignmentGap(block, align)) {
-            if (before == nullptr) {
-                freeBig = entry.next;
-            } else {
-                FreeBlock relinked = readBlock(before);
-                relinked.next = entry.next;
-                writeBlock(before, relinked);
-            }
-            next = reinterpret_cast<char*>(block);
-            end = next + entry.size;
-            return true;
-        }
-        greatest = std::max<uint64_t>(greatest, entry.size);
-        before = block;
-        block = entry.next;
-    }
-    freeBigBound = greatest;
-    return false;
 }
 
 void* RegionGeneral::takeLarge(uint64_t size, const char* typeName) {
@@ -431,9 +428,7 @@ void RegionGeneral::discardSmall(void* block, uint64_t rounded) {
 }
 
 void RegionGeneral::discardBig(void* block, uint64_t rounded) {
-    writeBlock(block, FreeBlock{.size = static_cast<uint32_t>(rounded), .next = freeBig});
-    freeBig = static_cast<FreeBlock*>(block);
-    freeBigBound = std::max(freeBigBound, rounded);
+    addFreeBig(freeBig, block, static_cast<uint32_t>(rounded));
     poison(block, rounded);
 }
 

@@ -73,10 +73,23 @@ void* RegionLargeBlock::Alloc(uint64_t size, uint64_t align, const char* typeNam
     return block;
 }
 
+// Nearly all requests are for one page of the first table: that way is kept short.
+void* RegionLargeBlock::takePages(uint32_t count) {
+    if (count == 1) [[likely]] {
+        const uint32_t page = pageBitmap.findPage(static_cast<uint32_t>(firstFreeWord));
+        if (page != PageBitmap::NoRun) [[likely]] {
+            firstFreeWord = static_cast<int32_t>(page / PageBitmap::WordBits);
+            pageBitmap.clearBit(page);
+            return pageAddress(page);
+        }
+    }
+    return takeRun(count);
+}
+
 // A request that finds no run retires its table, however small later ones are, until a discard
 // lowers its `firstFreeWord` again: scanning full tables over and over would cost more than the
 // few pages that are left in them.
-void* RegionLargeBlock::takePages(uint32_t count) {
+void* RegionLargeBlock::takeRun(uint32_t count) {
     RegionLargeBlock* table = this;
     uint32_t first = table->pageBitmap.findRun(static_cast<uint32_t>(firstFreeWord), count);
     while (first == PageBitmap::NoRun) {
@@ -89,12 +102,17 @@ void* RegionLargeBlock::takePages(uint32_t count) {
         table->firstFreeWord = static_cast<int32_t>(first / PageBitmap::WordBits);
     }
     table->pageBitmap.clearBits(first, count);
-    const uint32_t chunk = first / PageBitmap::PagesInChunk;
-    if (table->chunks[chunk] == nullptr) {
+    return table->pageAddress(first);
+}
+
+// Where page number `page` lies; its chunk is taken if it is not there yet.
+char* RegionLargeBlock::pageAddress(uint32_t page) {
+    const uint32_t chunk = page / PageBitmap::PagesInChunk;
+    if (chunks[chunk] == nullptr) [[unlikely]] {
         stats->recordExtension();
-        table->takeChunk(chunk);
+        takeChunk(chunk);
     }
-    return table->chunks[chunk] + size_t{first % PageBitmap::PagesInChunk} * PageSize;
+    return chunks[chunk] + size_t{page % PageBitmap::PagesInChunk} * PageSize;
 }
 
 // The table behind this one, made if there is none. All tables share one set of statistics.
@@ -136,27 +154,33 @@ void RegionLargeBlock::Discard(void* block, uint64_t size, uint64_t extra) {
 
 void RegionLargeBlock::returnPages(void* block, uint64_t size) {
     const auto address = reinterpret_cast<uintptr_t>(block);
-    for (RegionLargeBlock* table = this; table != nullptr; table = table->nextTable) {
-        if (table->returnToTable(address, size / PageSize)) {
-            poison(block, size);
-            return;
-        }
+    if (!lastTable->holds(lastChunk, address) && !findChunk(address, lastTable, lastChunk)) {
+        failInternally("RegionLargeBlock: discard of invalid pointer: %p\n", block);
     }
-    failInternally("RegionLargeBlock: discard of invalid pointer: %p\n", block);
+    RegionLargeBlock& table = *lastTable;
+    const auto start = reinterpret_cast<uintptr_t>(table.chunks[lastChunk]);
+    const auto pageInChunk = static_cast<uint32_t>((address - start) / PageSize);
+    const uint32_t first = lastChunk * PageBitmap::PagesInChunk + pageInChunk;
+    if (size == PageSize) [[likely]] {
+        table.pageBitmap.setBit(first);
+    } else {
+        table.pageBitmap.setBits(first, size / PageSize);
+    }
+    const auto word = static_cast<int32_t>(first / PageBitmap::WordBits);
+    table.firstFreeWord = std::min(table.firstFreeWord, word);
+    poison(block, size);
 }
 
-bool RegionLargeBlock::returnToTable(uintptr_t address, uint64_t count) {
-    for (uint32_t number = 0; number < PageBitmap::Chunks; ++number) {
-        const auto start = reinterpret_cast<uintptr_t>(chunks[number]);
-        if (start == 0 || address < start || address - start >= ChunkSize) {
-            continue;
+// Walks the tables for the chunk that holds `address`. False leaves both results alone.
+bool RegionLargeBlock::findChunk(uintptr_t address, RegionLargeBlock*& table, uint32_t& number) {
+    for (RegionLargeBlock* walked = this; walked != nullptr; walked = walked->nextTable) {
+        for (uint32_t chunk = 0; chunk < PageBitmap::Chunks; ++chunk) {
+            if (walked->holds(chunk, address)) {
+                table = walked;
+                number = chunk;
+                return true;
+            }
         }
-        const auto pageInChunk = static_cast<uint32_t>((address - start) / PageSize);
-        const uint32_t first = number * PageBitmap::PagesInChunk + pageInChunk;
-        pageBitmap.setBits(first, count);
-        const auto word = static_cast<int32_t>(first / PageBitmap::WordBits);
-        firstFreeWord = std::min(firstFreeWord, word);
-        return true;
     }
     return false;
 }

@@ -50,10 +50,16 @@ private:
     static RegionLargeBlock* createTransparent(const char* name);
 
     void* takePages(uint32_t count);
+    void* takeRun(uint32_t count);
+    char* pageAddress(uint32_t page);
     RegionLargeBlock& extension();
     void takeChunk(uint32_t number);
     void returnPages(void* block, uint64_t size);
-    bool returnToTable(uintptr_t address, uint64_t count);
+    bool findChunk(uintptr_t address, RegionLargeBlock*& table, uint32_t& number);
+    bool holds(uint32_t number, uintptr_t address) const {
+        const auto start = reinterpret_cast<uintptr_t>(chunks[number]);
+        return start != 0 && address >= start && address - start < ChunkSize;
+    }
     void destroyTransparent(bool freeMemory);
 
     RegionStats* stats;
@@ -65,6 +71,9 @@ private:
     uint8_t transparent = 0;
     uint8_t ownsParent = 0;
     uint8_t scribble = 0;
+    // Where the last discarded pages lay, in the first table only: the next ones are near.
+    RegionLargeBlock* lastTable = this;
+    uint32_t lastChunk = 0;
 };
 
 } // namespace alloclib

@@ -31,10 +31,8 @@ void RegionStats::recordCreation(uint64_t initialSize) const {
     }
 }
 
-void RegionStats::recordExtension() const {
-    if (traceLevel >= TraceLevel_Life) {
-        std::fprintf(stderr, "(%s:%d) region extended\n", name, static_cast<int>(id));
-    }
+void RegionStats::traceExtension() const {
+    std::fprintf(stderr, "(%s:%d) region extended\n", name, static_cast<int>(id));
 }
 
 void RegionStats::traceAlloc(const void* block, uint64_t size, uint64_t padding,

@@ -32,14 +32,14 @@ public:
     // `size` elements, value-initialised.
     fast_array(alloclib::Region* region, uint32_t size)
         : m_Region(checkedRegion(region)), m_Allocated(size == 0 ? 1 : size), m_Used(size),
-          m_Array(takeBlock(m_Allocated)) {
+          m_Array(takeBlock(m_Region, m_Allocated)) {
         std::fill_n(m_Array, m_Used, T());
     }
 
     // A copy in the same region.
     fast_array(const fast_array& other)
         : m_Region(other.m_Region), m_Allocated(other.m_Used == 0 ? 1 : other.m_Used),
-          m_Used(other.m_Used), m_Array(takeBlock(m_Allocated)) {
+          m_Used(other.m_Used), m_Array(takeBlock(m_Region, m_Allocated)) {
         std::copy_n(other.m_Array, m_Used, m_Array);
     }
 
@@ -54,7 +54,7 @@ public:
         return *this;
     }
 
-    ~fast_array() { returnBlock(); }
+    ~fast_array() { returnBlock(m_Region, {m_Array, m_Allocated}); }
 
     // Exchanges all, the regions too.
     void swap(fast_array& other) noexcept {
@@ -169,10 +169,17 @@ private:
         return (CountSize + blockBytes(count, sizeof(T)) + 7) & ~uint64_t{7};
     }
 
-    T* takeBlock(uint32_t count) {
+    // A block and what it holds, as values: the functions that get them do not see the array
+    // itself, so that the compiler can keep the fields of one that is being filled in registers.
+    struct Block {
+        T* array;
+        uint32_t allocated;
+    };
+
+    static T* takeBlock(alloclib::Region* region, uint32_t count) {
         const uint64_t wordOffset = startWordOffset(count);
         char* const start =
-            static_cast<char*>(alloclib::allocate(*m_Region, wordOffset + WordSize, 8));
+            static_cast<char*>(alloclib::allocate(*region, wordOffset + WordSize, 8));
         std::memcpy(start + wordOffset, &start, sizeof start);
         if constexpr (CountSize != 0) {
             const uint64_t elements = count;
@@ -183,31 +190,38 @@ private:
         return block;
     }
 
-    void returnBlock() {
-        char* const elements = reinterpret_cast<char*>(m_Array);
-        char* const startWord = elements - CountSize + startWordOffset(m_Allocated);
+    static void returnBlock(alloclib::Region* region, Block block) {
+        char* const elements = reinterpret_cast<char*>(block.array);
+        char* const startWord = elements - CountSize + startWordOffset(block.allocated);
         char* start = nullptr;
         std::memcpy(&start, startWord, sizeof start);
         if constexpr (CountSize != 0) {
             uint64_t count = 0;
             std::memcpy(&count, start, sizeof count);
-            std::destroy_n(m_Array, count);
+            std::destroy_n(block.array, count);
         }
         const auto size = static_cast<uint64_t>(startWord - start) + WordSize;
-        m_Region->Discard(start, size, 8);
+        region->Discard(start, size, 8);
+    }
+
+    // A larger block with the first `used` elements of `block`, which goes back.
+    static Block grown(alloclib::Region* region, Block block, uint32_t used,
+                       uint32_t requiredAllocation) {
+        TOMEX_CHECK_TEXT(region != nullptr, "m_Region != NULL");
+        TOMEX_CHECK_TEXT(requiredAllocation > block.allocated, "requiredAllocation > m_Allocated");
+        const uint32_t newAllocated = grownCapacity(block.allocated, requiredAllocation);
+        TOMEX_CHECK_TEXT(newAllocated > block.allocated, "newAllocated > m_Allocated");
+        requireGrowth(block.allocated, newAllocated);
+        T* const newArray = takeBlock(region, newAllocated);
+        std::copy_n(block.array, used, newArray);
+        returnBlock(region, block);
+        return {newArray, newAllocated};
     }
 
     void grow(uint32_t requiredAllocation) {
-        TOMEX_CHECK_TEXT(m_Region != nullptr, "m_Region != NULL");
-        TOMEX_CHECK(requiredAllocation > m_Allocated);
-        const uint32_t newAllocated = grownCapacity(m_Allocated, requiredAllocation);
-        TOMEX_CHECK(newAllocated > m_Allocated);
-        requireGrowth(m_Allocated, newAllocated);
-        T* const block = takeBlock(newAllocated);
-        std::copy_n(m_Array, m_Used, block);
-        returnBlock();
-        m_Array = block;
-        m_Allocated = newAllocated;
+        const Block block = grown(m_Region, {m_Array, m_Allocated}, m_Used, requiredAllocation);
+        m_Array = block.array;
+        m_Allocated = block.allocated;
     }
 
     alloclib::Region* m_Region;

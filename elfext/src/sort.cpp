@@ -38,6 +38,10 @@ public:
         if (n < 2) {
             return;
         }
+        if (n == 2) { // half of all steps: no halves to sort
+            mergeTwo(dst, scratch);
+            return;
+        }
         const size_t h = n / 2;
         const size_t leftBytes = h * m_Width.width();
         sort(scratch, h, dst);
@@ -46,6 +50,15 @@ public:
     }
 
 private:
+    // Merges two single elements.
+    void mergeTwo(char* dst, const char* scratch) const {
+        const size_t width = m_Width.width();
+        const char* const right = scratch + width;
+        const bool inOrder = m_CompareProc(scratch, right, m_Context) < 1;
+        std::memcpy(dst, inOrder ? scratch : right, width);
+        std::memcpy(dst + width, inOrder ? right : scratch, width);
+    }
+
     // Merges the sorted halves from `left` to `right` and from `right` to `end` into `dst`.
     void merge(char* dst, const char* left, const char* right, const char* end) const {
         const size_t width = m_Width.width();

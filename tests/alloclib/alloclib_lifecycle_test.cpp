@@ -9,6 +9,7 @@
 #include "tests/alloclib/region_fixtures.h"
 
 #include <cstring>
+#include <sstream>
 
 #ifdef ALLOCLIB_POISONS
 // A heap that is asked for too much gives null here as it does without the sanitizer.
@@ -131,6 +132,47 @@ TEST(AlloclibLifecycle, EveryRegionHasAGranuleOf4096) {
     general->Destroy(true);
     pages->Destroy(true);
     FinishAlloclib();
+}
+
+// The names in the lines about destroyed regions, in their order.
+std::vector<std::string> namesOfDestroyed(const std::string& trace) {
+    std::vector<std::string> names;
+    std::istringstream lines(trace);
+    for (std::string line; std::getline(lines, line);) {
+        if (line.find("Destroyed region") != std::string::npos) {
+            names.push_back(line.substr(1, line.find(':') - 1));
+        }
+    }
+    return names;
+}
+
+TEST(AlloclibLifecycle, RegionsLeftBehindEndBeforeTheChainLatestFirst) {
+    setTraceLevel(1);
+    testing::internal::CaptureStderr();
+    startAllocators();
+    RegionGeneral* const first = RegionGeneral::Create(0, "first");
+    RegionGeneral* const second = RegionGeneral::Create(0, "second");
+    RegionGeneral* const third = RegionGeneral::Create(0, "third");
+    RegionGeneral* const fourth = RegionGeneral::Create(0, "fourth");
+    for (Region* const region : {first, second, third, fourth}) {
+        std::memset(region->Alloc(20000, 8, nullptr), 1, 20000);
+        std::memset(region->Alloc(200000, 8, nullptr), 1, 200000);
+    }
+    second->Destroy(true);
+    fourth->Destroy(true);
+    RegionGeneral::Create(0, "fifth");
+    finishAllocators();
+    EXPECT_EQ(namesOfDestroyed(testing::internal::GetCapturedStderr()),
+              (std::vector<std::string>{"second", "fourth", "fifth", "third", "first",
+                                        "tomex memory", "all memory", "System region"}));
+    // None of them is remembered by the next run.
+    setTraceLevel(1);
+    testing::internal::CaptureStderr();
+    startAllocators();
+    RegionGeneral::Create(0, "sixth");
+    finishAllocators();
+    EXPECT_EQ(namesOfDestroyed(testing::internal::GetCapturedStderr()),
+              (std::vector<std::string>{"sixth", "tomex memory", "all memory", "System region"}));
 }
 
 TEST(AlloclibLifecycle, CopyStringEndsInANul) {

@@ -2,6 +2,7 @@
 // test here is that the marks do no harm.
 #include "alloclib/interface/default_region.h"
 #include "alloclib/interface/poison.h"
+#include "alloclib/src/region_large_block.h"
 #include "tests/alloclib/region_fixtures.h"
 
 #include <cstring>
@@ -73,6 +74,40 @@ TEST_F(PoisonTest, BlocksFromTheListsAreOpenedToTheirSizeOnly) {
     EXPECT_FALSE(isPoisoned(block));
     EXPECT_FALSE(isPoisoned(block + 112));
     EXPECT_TRUE(isPoisoned(block + 113));
+}
+
+TEST_F(PoisonTest, BlocksThatBecomeAWorkingAreaAreOpenedPieceByPiece) {
+    char* const area = bytesAt(allocate(defaultRegion(), 3000, 8));
+    defaultRegion().Discard(area, 3000, 8);
+    while (defaultRegion().workingBlockRoom() > 1000) {
+        defaultRegion().Alloc(800, 8, nullptr);
+    }
+    char* const block = bytesAt(defaultRegion().Alloc(1001, 64, nullptr));
+    ASSERT_GE(block, area);
+    ASSERT_LT(block, area + 3000);
+    for (const char* byte = area; byte != area + 3000; ++byte) {
+        ASSERT_EQ(isPoisoned(byte), byte < block || byte >= block + 1001) << byte - area;
+    }
+}
+
+TEST_F(PoisonTest, PagesAreOpenWhileTheyAreHandedOut) {
+    RegionLargeBlock* const pages = RegionLargeBlock::Create("pages");
+    char* const one = bytesAt(pages->Alloc(4096, 8, nullptr));
+    char* const two = bytesAt(pages->Alloc(8192, 8, nullptr));
+    ASSERT_EQ(two, one + 4096);
+    EXPECT_FALSE(isPoisoned(one));
+    EXPECT_FALSE(isPoisoned(two + 8191));
+    EXPECT_TRUE(isPoisoned(two + 8192)); // never handed out
+    pages->Discard(one, 4096, 8);
+    EXPECT_TRUE(isPoisoned(one));
+    EXPECT_TRUE(isPoisoned(one + 4095));
+    EXPECT_FALSE(isPoisoned(two));
+    pages->Discard(two, 8192, 8);
+    EXPECT_TRUE(isPoisoned(two + 8191));
+    EXPECT_EQ(pages->Alloc(4096, 8, nullptr), one);
+    EXPECT_FALSE(isPoisoned(one + 4095));
+    EXPECT_TRUE(isPoisoned(one + 4096));
+    pages->Destroy(true);
 }
 
 using RegionPoisonDeathTest = PoisonTest;
