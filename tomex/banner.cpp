@@ -2,10 +2,10 @@
 
 #include <cstdarg>
 #include <cstdint>
-#include <cstdio>
 #include <optional>
 #include <string>
 
+#include "messages/interface/formatted_output.h"
 #include "messages/interface/message_catalogue.h"
 #include "messages/interface/message_keys.h"
 #include "messages/interface/message_session.h"
@@ -21,23 +21,24 @@ constexpr char oneCharacterWildcard = '?';
 
 // Appends the text of a key with its arguments.
 void append(std::string& text, uint32_t key, ...) {
-    const char* format = messages::messageText(key);
     va_list arguments;
     va_start(arguments, key);
-    const int length = std::vsnprintf(nullptr, 0, format, arguments);
+    text += messages::formatText(messages::messageText(key), arguments);
     va_end(arguments);
-    if (length > 0) {
-        const size_t start = text.size();
-        text.resize(start + static_cast<size_t>(length) + 1);
-        va_start(arguments, key);
-        std::vsnprintf(text.data() + start, static_cast<size_t>(length) + 1, format, arguments);
-        va_end(arguments);
-        text.pop_back();
-    }
 }
 
-std::string bannerText() {
-    const platform::ToolIdentity& identity = platform::toolIdentity();
+void printUsage(const char* programName) {
+    messages::printMessage(messages::MessageKey_UsageFormat, programName);
+    messages::printMessage(messages::MessageKey_UsageWildcards, oneCharacterWildcard);
+    messages::printMessage(messages::MessageKey_UsageEditOptions);
+    messages::printMessage(messages::MessageKey_UsageOtherOptions);
+    messages::printMessage(messages::MessageKey_UsageExamples, programName, programName,
+                           oneCharacterWildcard, programName, programName);
+}
+
+} // namespace
+
+std::string bannerText(const platform::ToolIdentity& identity) {
     std::string text;
     append(text, messages::MessageKey_Banner, identity.productName, identity.componentName,
            messages::toolName(), buildNumber);
@@ -57,17 +58,6 @@ std::string bannerText() {
     return text;
 }
 
-void printUsage(const char* programName) {
-    messages::printMessage(messages::MessageKey_UsageFormat, programName);
-    messages::printMessage(messages::MessageKey_UsageWildcards, oneCharacterWildcard);
-    messages::printMessage(messages::MessageKey_UsageEditOptions);
-    messages::printMessage(messages::MessageKey_UsageOtherOptions);
-    messages::printMessage(messages::MessageKey_UsageExamples, programName, programName,
-                           oneCharacterWildcard, programName, programName);
-}
-
-} // namespace
-
 void printBanner(BannerKind kind, const char* programName) {
     static bool isPrinted = false;
     if (isPrinted) {
@@ -82,7 +72,7 @@ void printBanner(BannerKind kind, const char* programName) {
         } else {
             toStandardOutput.emplace();
         }
-        messages::printText("%s\n", bannerText().c_str());
+        messages::printText("%s\n", bannerText(platform::toolIdentity()).c_str());
     }
     if (kind == BannerKind_Usage) {
         const messages::SavedOutSwitch toStandardOutput;

@@ -1,6 +1,10 @@
 // The banner and the usage text.
 #pragma once
 
+#include <string>
+
+#include "platform/interface/tool_identity.h"
+
 namespace tomex {
 
 enum BannerKind {
@@ -9,7 +13,11 @@ enum BannerKind {
     BannerKind_StandardError = 2, // banner alone on the standard error
 };
 
-// Prints it, once in a run; later calls do nothing.
+// The banner of a tool of that identity, in the language in force, without the line feed that ends
+// it.
+std::string bannerText(const platform::ToolIdentity& identity);
+
+// Prints banner and usage as `kind` asks, once in a run; later calls do nothing.
 void printBanner(BannerKind kind, const char* programName);
 
 } // namespace tomex

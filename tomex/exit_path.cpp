@@ -1,33 +1,43 @@
 #include "tomex/exit_path.h"
 
 #include <cstdlib>
+#include <memory>
 
 #include "alloclib/interface/default_region.h"
+#include "arlib/interface/archive.h"
 #include "messages/interface/message_session.h"
 #include "platform/interface/temporary_file_guard.h"
 
 namespace tomex {
 namespace {
 
-int archivesInUse = 0;
+ArchiveInUse* innermost = nullptr;
 
 } // namespace
 
-ArchiveInUse::ArchiveInUse() {
-    ++archivesInUse;
+ArchiveInUse::ArchiveInUse(arlib::Archive& archive) : m_archive(archive), m_outer(innermost) {
+    innermost = this;
 }
 
 ArchiveInUse::~ArchiveInUse() {
-    --archivesInUse;
+    innermost = m_outer;
+}
+
+void ArchiveInUse::destroyArchives() {
+    while (innermost != nullptr) {
+        arlib::Archive& archive = innermost->m_archive;
+        innermost = innermost->m_outer;
+        std::destroy_at(&archive);
+    }
 }
 
 void exitProgram(int status) {
     messages::closeMessages();
+    const int finalStatus = messages::finalStatus(status);
     platform::removeGuardedFile();
-    if (archivesInUse == 0) {
-        alloclib::finishAllocators();
-    }
-    std::exit(messages::outputLost() ? 1 : status);
+    ArchiveInUse::destroyArchives();
+    alloclib::finishAllocators();
+    std::exit(finalStatus);
 }
 
 } // namespace tomex

@@ -69,7 +69,7 @@ void printLargeMember(arlib::ArchiveMember& member) {
     const bool isClosed = output.close();
     if (outcome == platform::CopyOutcome::OutputFailed ||
         (outcome == platform::CopyOutcome::Done && !isClosed)) {
-        messages::noteLostOutput();
+        messages::noteLostOutput(output.error());
     }
 }
 

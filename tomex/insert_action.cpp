@@ -94,8 +94,8 @@ bool FileInserter::mergeArchive(const char* fileName, const platform::FileProbe&
     if (!hasMagic) {
         return false;
     }
-    const ArchiveInUse inUse;
     arlib::Archive merged;
+    const ArchiveInUse inUse(merged);
     if (!arlib::ArchiveFileReader().readFile(fileName, merged)) {
         return false;
     }

@@ -51,7 +51,7 @@ void takeAction(const Parameters& parameters, const ActionOption& option) {
         const messages::SavedOutSwitch toStandardOutput;
         messages::printText("%s\n", platform::versionNumberText());
     }
-    std::exit(messages::outputLost() ? 1 : 0);
+    std::exit(messages::finalStatus(0));
 }
 
 void takeGeneralOptions(const Parameters& parameters, CommandState& state) {

@@ -239,10 +239,10 @@ void writeArchive(arlib::Archive& archive, const ArchiveReadStatus& status,
 }
 
 void workOnArchive(const char* archiveName) {
-    const ArchiveInUse inUse;
     ArlibErrorHandler handler;
     ArchiveReadStatus status;
     arlib::Archive archive;
+    const ArchiveInUse inUse(archive);
     prepareArchive(archive, handler, status, archiveName);
     int64_t position = noPosition;
     if (!openArchive(archive, status, archiveName) || hasErrors() || !checkWritable(archive) ||

@@ -55,8 +55,7 @@ private:
 
 // The symbols of one member. Most runs never ask a member for them.
 struct MemberSymbols {
-    explicit MemberSymbols(alloclib::Region* region)
-        : m_Symbols(region), m_SortedSymbols(region) {}
+    explicit MemberSymbols(alloclib::Region* region) : m_Symbols(region), m_SortedSymbols(region) {}
 
     elfext::fast_array<Symbol*> m_Symbols;       // in table order
     elfext::fast_array<Symbol*> m_SortedSymbols; // in order of name

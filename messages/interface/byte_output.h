@@ -14,7 +14,8 @@ bool printBytesToStandardOutput(const void* bytes, size_t count);
 // it. -1 with errno set if there is none.
 int duplicateStandardOutput();
 
-// Says that bytes written to such a descriptor were lost (see outputLost).
-void noteLostOutput();
+// Says that bytes written to such a descriptor were lost (see outputLost), with the host's number
+// for why.
+void noteLostOutput(int error);
 
 } // namespace messages

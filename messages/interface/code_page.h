@@ -31,6 +31,10 @@ bool canConvertFrom(uint32_t codePage);
 // memory, give `text`.
 const char* convertOutput(const char* text, uint32_t codePage, bool toUtf8);
 
+// True until the first text with anything but ASCII has been converted: up to then `convertOutput`
+// gives texts of pure ASCII as they are.
+bool asciiPasses();
+
 // Settles code page 0 by the environment, sets both code pages to 0, and lets texts of pure ASCII
 // pass unread again until the first other text. Called by `initMessages`.
 void initCodePages();

@@ -26,9 +26,13 @@ void closeMessages();
 // closes the messages and calls the host's `exit`. Internal checks leave by it too.
 void setExitHandler(void (*exitProgram)(int status));
 
-// True if any text or flush of this run could not be written (full disk, closed pipe). The exit
-// path asks after `closeMessages`, and ends with status 1 if so.
+// True if any text or flush of this run could not be written (full disk, closed pipe).
 bool outputLost();
+
+// The status that a run ends with: `status`, or 1 if output was lost. To be asked as the last thing
+// of a way out, after `closeMessages` if that is part of it. What the standard output lost is
+// reported on standard error, once; not so if its reader went away, who knows.
+int finalStatus(int status);
 
 // Number of reports so far whose effective severity was that of `severityFlags` or above.
 uint32_t countAtOrAbove(uint32_t severityFlags);

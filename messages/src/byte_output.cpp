@@ -4,7 +4,6 @@
 
 #include <unistd.h>
 
-#include "messages/src/message_state.h"
 #include "messages/src/stream_output.h"
 
 namespace messages {
@@ -21,8 +20,8 @@ int duplicateStandardOutput() {
     return ::dup(STDOUT_FILENO);
 }
 
-void noteLostOutput() {
-    messageState().outputLost = true;
+void noteLostOutput(int error) {
+    noteLost(stdout, error);
 }
 
 } // namespace messages

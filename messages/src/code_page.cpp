@@ -154,6 +154,10 @@ bool canConvertFrom(uint32_t codePage) {
     return inputConverter().open(codePage, g_pages.defaultCharset.data());
 }
 
+bool asciiPasses() {
+    return g_pages.asciiOnly;
+}
+
 const char* convertOutput(const char* text, uint32_t codePage, bool toUtf8) {
     static WorkBuffer<uint16_t> units;
     static WorkBuffer<char> result;

@@ -34,6 +34,19 @@ const MessageEntry* findEntry(const MessageEntry* entries, uint64_t count, uint3
     return nullptr;
 }
 
+// The built-in text of a key, or null. A listing asks for one key line after line, so the last
+// answer is kept.
+const char* builtInText(uint32_t key) {
+    static constinit const MessageEntry* last = nullptr;
+    static constinit uint32_t lastLocale = 0;
+    if (last == nullptr || last->key != key || lastLocale != g_currentLocale) {
+        const LocaleRow& locale = g_locales[g_currentLocale];
+        last = findEntry(locale.entries, locale.count, key);
+        lastLocale = g_currentLocale;
+    }
+    return last != nullptr ? last->text : nullptr;
+}
+
 // A text that shows the key that nobody knows, so that a gap in a catalogue is seen where it
 // matters and not at the cost of the report.
 const char* notFoundText(uint32_t key) {
@@ -69,12 +82,8 @@ const char* lookupMessage(uint32_t key, const MessageCatalogue* overlay) {
             return entry->text;
         }
     }
-    const LocaleRow& locale = g_locales[g_currentLocale];
-    const MessageEntry* entry = findEntry(locale.entries, locale.count, key);
-    if (entry == nullptr || entry->text == nullptr) {
-        return notFoundText(key);
-    }
-    return entry->text;
+    const char* text = builtInText(key);
+    return text != nullptr ? text : notFoundText(key);
 }
 
 const char* messageText(uint32_t key) {

@@ -2,6 +2,7 @@
 
 #include "messages/interface/code_page.h"
 #include "messages/interface/message_catalogue.h"
+#include "messages/interface/message_keys.h"
 #include "messages/interface/report.h"
 #include "messages/src/emit.h"
 #include "messages/src/message_state.h"
@@ -11,8 +12,10 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
+#include <cstring>
 #include <fcntl.h>
 #include <unistd.h>
+#include <utility>
 
 namespace messages {
 
@@ -89,12 +92,11 @@ void releaseStream(std::FILE* stream) {
     if (stream == nullptr) {
         return;
     }
-    if (stream == stdout || stream == stderr) {
-        flushStream(stream);
-        return;
+    flushStream(stream);
+    if (stream != stdout && stream != stderr) {
+        forget(stream);
+        closeStream(stream);
     }
-    forget(stream);
-    closeStream(stream);
 }
 
 void resetDiagnostics() {
@@ -114,6 +116,17 @@ void resetDiagnostics() {
     state.toolName = "tomex";
     state.counts.fill(0);
     state.outputLost = false;
+    state.standardOutputError = 0;
+}
+
+// The standard output carries what the user asked for, and nobody looks at a status alone.
+void reportLostOutput() {
+    MessageState& state = messageState();
+    const int error = std::exchange(state.standardOutputError, 0);
+    if (error != 0 && error != EPIPE) {
+        state.stream = stderr;
+        libReport(Severity_Error, nullptr, MessageKey_WriteError, "stdout", std::strerror(error));
+    }
 }
 
 } // namespace
@@ -154,6 +167,14 @@ void setExitHandler(void (*exitProgram)(int status)) {
 
 bool outputLost() {
     return messageState().outputLost || std::ferror(stdout) != 0 || std::ferror(stderr) != 0;
+}
+
+int finalStatus(int status) {
+    if (!outputLost()) {
+        return status;
+    }
+    reportLostOutput();
+    return EXIT_FAILURE;
 }
 
 uint32_t countAtOrAbove(uint32_t severityFlags) {

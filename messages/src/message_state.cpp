@@ -22,7 +22,7 @@ void leaveProgram(int status) {
         g_state.exitHandler(status);
     }
     closeMessages();
-    std::exit(outputLost() ? EXIT_FAILURE : status);
+    std::exit(finalStatus(status));
 }
 
 } // namespace messages

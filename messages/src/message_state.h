@@ -32,6 +32,9 @@ struct MessageState {
 
     void (*exitHandler)(int status) = nullptr;
     bool outputLost = false;
+    // The host's number for the first failure of the standard output; 0 while there is none, and
+    // once it has been reported.
+    int standardOutputError = 0;
     bool standardOutputIsTerminal = false;
 };
 

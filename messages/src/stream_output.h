@@ -25,10 +25,13 @@ void endOutput(std::FILE* stream);
 // Writes `length` bytes; the result is `length`, or negative on failure.
 int64_t writeBytes(std::FILE* stream, const char* bytes, uint64_t length);
 
+// Remembers that output to `stream` was lost, for the reason of the host's number `error`.
+void noteLost(const std::FILE* stream, int error);
+
 // Null streams are passed over.
 void flushStream(std::FILE* stream);
 
-// Closes the stream.
+// Closes a stream that has been flushed.
 void closeStream(std::FILE* stream);
 
 } // namespace messages

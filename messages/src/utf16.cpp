@@ -30,6 +30,20 @@ bool isLowSurrogate(uint32_t unit) {
     return unit >= 0xDC00 && unit < 0xE000;
 }
 
+bool isContinuation(char c) {
+    return (static_cast<unsigned char>(c) & 0xC0U) == 0x80;
+}
+
+// The number of bytes, of `left`, that belong to a sequence that the end of the text cuts short:
+// its first byte and what can only be part of it.
+uint64_t cutSequenceLength(const char* text, uint64_t left) {
+    uint64_t length = 1;
+    while (length < left && isContinuation(text[length])) {
+        ++length;
+    }
+    return length;
+}
+
 // The character of a sequence of `length` bytes, 2 or more.
 uint16_t decodeSequence(const char* text, uint64_t length) {
     const uint32_t leadMask = (1U << (length == 6 ? 1 : 7 - length)) - 1;
@@ -71,12 +85,12 @@ uint64_t decodeUtf8(const char* text, uint64_t length, uint16_t* units) {
     uint64_t at = 0;
     while (at < length) {
         const auto first = static_cast<unsigned char>(text[at]);
-        const uint64_t size = sequenceLength(first);
+        uint64_t size = sequenceLength(first);
         if (size == 1) {
             units[count++] = first;
         } else if (size > length - at) {
             units[count++] = substitute;
-            break;
+            size = cutSequenceLength(text + at, length - at);
         } else {
             units[count++] = decodeSequence(text + at, size);
         }

@@ -10,9 +10,10 @@
 namespace messages {
 
 // Decodes `length` bytes into `units`, which must hold as many elements. The result is the number
-// of units. A character above 0xFFFF becomes "?", a sequence that the end of the text cuts short
-// too. So does a control character in a longer form than its own single byte: it would slip by the
-// step that makes control characters harmless.
+// of units. A character above 0xFFFF becomes "?". So does a sequence that the end of the text cuts
+// short; what follows its first byte and is no part of it is read on its own. So does a control
+// character in a longer form than its own single byte: it would slip by the step that makes control
+// characters harmless.
 uint64_t decodeUtf8(const char* text, uint64_t length, uint16_t* units);
 
 // The most bytes that one unit becomes in UTF-8.

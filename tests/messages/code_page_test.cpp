@@ -126,6 +126,15 @@ TEST_F(CodePageTest, ReadsNothingBehindTheEndOfACutSequence) {
     }
 }
 
+TEST_F(CodePageTest, ReadsOnBehindWhatIsLeftOfACutSequence) {
+    EXPECT_EQ(out("caf\xE9\n", CodePage_Utf8), "caf?\n");
+    EXPECT_EQ(out("caf\xE9\n", 1252), "caf?\n");
+    EXPECT_EQ(out("\xF0z", CodePage_Utf8), "?z");
+    EXPECT_EQ(out("\xF0\x9F\x98z\xC3", CodePage_Utf8), "??");
+    EXPECT_EQ(out("\xFC\x84z\xFD", CodePage_Utf8), "?z?");
+    EXPECT_EQ(out("\xE9\xE9", CodePage_Utf8), "??");
+}
+
 TEST_F(CodePageTest, LetsNoControlCharacterInThroughALongForm) {
     EXPECT_EQ(out("\xC0\x9B[m", CodePage_Utf8), "?[m");
     EXPECT_EQ(out("\xE0\x80\x8A|\xC0\x80|\xC1\xBF", CodePage_Utf8), "?|?|?");

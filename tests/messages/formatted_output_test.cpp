@@ -1,6 +1,7 @@
 #include "messages/interface/formatted_output.h"
 
 #include "captured_stream.h"
+#include "messages/interface/code_page.h"
 
 #include <clocale>
 #include <cwchar>
@@ -120,7 +121,78 @@ TEST_F(FormattedOutputTest, RemembersThatAWriteFailed) {
     std::fclose(full);
 }
 
+std::string formatted(const char* format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    const std::string text(messages::formatText(format, arguments));
+    va_end(arguments);
+    return text;
+}
+
+TEST_F(FormattedOutputTest, GivesATextAsItsArgumentsAre) {
+    EXPECT_EQ(formatted("%s-%5d-%s", "a\x1B", 42, "\xE9\n"), "a\x1B-   42-\xE9\n");
+    EXPECT_EQ(formatted("%s|%s", "a\x1B", "\xE9\n"), "a\x1B|\xE9\n");
+    EXPECT_EQ(formatted(""), "");
+    EXPECT_EQ(formatted("%s", ""), "");
+    EXPECT_EQ(output(), "");
+}
+
+TEST_F(FormattedOutputTest, FormatsTextsLikeTheHost) {
+    const char* volatile none = nullptr;
+    EXPECT_EQ(formatted("<%s>", none), "<(null)>");
+    EXPECT_EQ(formatted("100%% of %s", "x"), "100% of x");
+    EXPECT_EQ(formatted("%s%s%s", "", "b", ""), "b");
+    EXPECT_EQ(formatted("%2$s%1$s", "a", "b"), "ba");
+    EXPECT_EQ(formatted("%s|%-4s|%.1s", "a", "b", "cd"), "a|b   |c");
+    EXPECT_EQ(formatted("%%s"), "%s");
+}
+
+// At each length around those of the buffer, in the fixed part of a format and in an argument.
+TEST_F(FormattedOutputTest, FormatsTextsOfAnyLength) {
+    for (uint64_t length = 10230; length < 10250; ++length) {
+        const std::string text(length, 'x');
+        EXPECT_EQ(formatted("%s", text.c_str()), text);
+        EXPECT_EQ(formatted("%s\n", text.c_str()), text + "\n");
+        EXPECT_EQ(formatted("a%sb%s", text.c_str(), "c"), "a" + text + "bc");
+        EXPECT_EQ(formatted((text + "%s").c_str(), "y"), text + "y");
+    }
+}
+
 class Utf8FormattedOutputTest : public Utf8MessagesTest {};
+
+TEST_F(Utf8FormattedOutputTest, KeepsTheEndOfALineBehindANameThatIsNoUtf8) {
+    for (const char* name : {"caf\xC3", "caf\xE9", "caf\xE3\x81", "caf\xF0\x9F\x98", "caf\xFF"}) {
+        EXPECT_EQ(print(m_Output.stream(), "%s\n", name), 5);
+        EXPECT_EQ(output(), "caf?\n");
+        uint32_t column = printAt(m_Output.stream(), 7, "\n<%s\n\n", name);
+        EXPECT_EQ(output(), "\n<caf?\n\n");
+        EXPECT_EQ(column, 0U);
+        column = printAt(m_Output.stream(), 7, "%s", name);
+        EXPECT_EQ(output(), "caf?");
+        EXPECT_EQ(column, 11U);
+    }
+    print(m_Output.stream(), "%s", "\n\n");
+    print(m_Output.stream(), "%s", "");
+    EXPECT_EQ(output(), "\n\n");
+}
+
+TEST_F(Utf8FormattedOutputTest, ShowsControlCharactersAlsoInATextOfOtherCharacters) {
+    print(m_Output.stream(), "%s\n", "\x1B日\x07本\x7F");
+    EXPECT_EQ(output(), "\\033日\\007本\\177\n");
+    const std::string many(5000, '\x1B');
+    EXPECT_EQ(print(m_Output.stream(), "日%s\n", many.c_str()), 20004);
+    EXPECT_EQ(output().substr(0, 11), "日\\033\\033");
+}
+
+// Once a text was not ASCII all others take the long way, and come out the same.
+TEST_F(Utf8FormattedOutputTest, PrintsAsciiTheSameBeforeAndAfterOtherTexts) {
+    print(m_Output.stream(), "%s\t%d\n", "a.o", 1);
+    EXPECT_TRUE(messages::asciiPasses());
+    print(m_Output.stream(), "%s\n", "日");
+    EXPECT_FALSE(messages::asciiPasses());
+    print(m_Output.stream(), "%s\t%d\n", "a.o", 1);
+    EXPECT_EQ(output(), "a.o\t1\n日\na.o\t1\n");
+}
 
 TEST_F(Utf8FormattedOutputTest, LeavesOtherCharactersInUtf8) {
     EXPECT_EQ(print(m_Output.stream(), "%s", "日本\x1B"), 10);

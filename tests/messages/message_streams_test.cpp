@@ -5,6 +5,7 @@
 #include "messages/interface/message_keys.h"
 #include "messages/interface/report.h"
 
+#include <cerrno>
 #include <csignal>
 #include <fcntl.h>
 #include <functional>
@@ -31,7 +32,7 @@ ChildResult runChild(const std::function<void()>& prepare, const std::function<i
         prepare();
         const int status = act();
         messages::closeMessages();
-        std::_Exit(messages::outputLost() ? 1 : status);
+        std::_Exit(messages::finalStatus(status));
     }
     int status = 0;
     ::waitpid(child, &status, 0);
@@ -188,6 +189,91 @@ TEST_F(MessageStreamsTest, KnowsOutputThatAFullDiskLost) {
               0);
 }
 
+const char lostLine[] = "Error: L6830E: Writing file 'stdout' : No space left on device\n";
+
+TEST_F(MessageStreamsTest, TellsOnStandardErrorWhatTheStandardOutputLost) {
+    const auto sendToFullDisk = [] { ::dup2(::open("/dev/full", O_WRONLY), STDOUT_FILENO); };
+    for (const int lines : {1, 100000}) {
+        const ChildResult result = runChild(sendToFullDisk, [lines] {
+            messages::initMessages();
+            listMembers(lines);
+            return 0;
+        });
+        EXPECT_EQ(result.status, 1) << lines;
+        EXPECT_EQ(result.output, lostLine);
+    }
+    const ChildResult switched = runChild(sendToFullDisk, [] {
+        messages::initMessages();
+        const messages::SavedOutSwitch out;
+        messages::printText("usage\n");
+        return 0;
+    });
+    EXPECT_EQ(switched.status, 1);
+    EXPECT_EQ(switched.output, lostLine);
+}
+
+TEST_F(MessageStreamsTest, TellsOnceWhatTheStandardOutputLost) {
+    const ChildResult result =
+        runChild([] { ::dup2(::open("/dev/full", O_WRONLY), STDOUT_FILENO); },
+                 [] {
+                     messages::initMessages();
+                     messages::noteLostOutput(ENOSPC);
+                     messages::noteLostOutput(EIO);
+                     return messages::finalStatus(0) == 1 && messages::finalStatus(7) == 1 ? 1 : 9;
+                 });
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.output, lostLine);
+}
+
+// The line is a report like any other: in the style in force, and the last one that the limit on
+// errors lets through or the first that it does not.
+TEST_F(MessageStreamsTest, TellsOfLostOutputAsOfAnyError) {
+    const auto lose = [](uint32_t errorsBefore) {
+        return runChild([] {},
+                        [errorsBefore] {
+                            messages::initMessages();
+                            messages::setExitHandler([](int status) {
+                                messages::closeMessages();
+                                std::_Exit(messages::finalStatus(status) + 40);
+                            });
+                            messages::setStyle(1);
+                            for (uint32_t i = 0; i < errorsBefore; ++i) {
+                                messages::libReport(messages::Severity_Error, nullptr,
+                                                    messages::MessageKey_NoArchiveSpecified);
+                            }
+                            messages::noteLostOutput(ENOSPC);
+                            messages::printText("end\n");
+                            return 0;
+                        });
+    };
+    const std::string line =
+        "tomex : error L6830:  Writing file 'stdout' : No space left on device\n";
+    const ChildResult inTime = lose(49);
+    EXPECT_EQ(inTime.status, 1);
+    EXPECT_TRUE(inTime.output.ends_with("end\n" + line)) << inTime.output;
+    const ChildResult tooLate = lose(50);
+    EXPECT_EQ(tooLate.status, 41);
+    EXPECT_TRUE(tooLate.output.ends_with("end\n")) << tooLate.output;
+}
+
+TEST_F(MessageStreamsTest, KeepsTheStatusOfARunThatLostNothing) {
+    EXPECT_EQ(messages::finalStatus(0), 0);
+    EXPECT_EQ(messages::finalStatus(7), 7);
+}
+
+TEST_F(MessageStreamsTest, KnowsWhatTheStandardErrorLost) {
+    const ChildResult result = runChild(
+        [] { ::dup2(::open("/dev/full", O_WRONLY), STDERR_FILENO); },
+        [] {
+            messages::initMessages();
+            messages::report(messages::Severity_Warning, messages::MessageKey_NoArchiveSpecified);
+            listMembers(1);
+            return 0;
+        });
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.output, "member.o\n");
+}
+
 TEST_F(MessageStreamsTest, KnowsOutputThatNobodyReads) {
     for (const int lines : {1, 100000}) {
         const ChildResult result = runChild(
@@ -206,6 +292,7 @@ TEST_F(MessageStreamsTest, KnowsOutputThatNobodyReads) {
                 return 0;
             });
         EXPECT_EQ(result.status, 1) << lines;
+        EXPECT_EQ(result.output, ""); // whoever closed the pipe knows
     }
 }
 
@@ -221,6 +308,7 @@ TEST_F(MessageStreamsTest, KnowsOutputToStreamsThatWereClosedAtTheStart) {
                                             return apart ? 0 : 9;
                                         });
     EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.output, "Error: L6830E: Writing file 'stdout' : Bad file descriptor\n");
     const ChildResult silent = runChild(
         [] {
             ::close(STDIN_FILENO);

@@ -1,6 +1,7 @@
 #include "platform/interface/internal_check.h"
 
 #include "platform/interface/tool_identity.h"
+#include "tests/platform/check_site.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -192,6 +193,23 @@ TEST_F(InternalCheckDeathTest, TakesTheFingerprintOfThePlace) {
                   faultHash("Assertion failed: arlib/interface/symbol line 12 (%s)"));
     EXPECT_EXIT(platform::checkFailed("arlib/interface/symbol.h", 12, "100%"),
                 testing::ExitedWithCode(1), expected);
+}
+
+// Numbers that users quote: the same from every build, in every folder, on every host.
+TEST_F(InternalCheckTest, KeepsItsFingerprints) {
+    EXPECT_EQ(faultFingerprint("Assertion failed: arlib/interface/symbol line 12 (%s)"), 0xAB929CU);
+    for (const char* text : {"Assertion failed: /home/x/work/arlib/src/a line 3 (%s)",
+                             "Assertion failed: C:\\work\\arlib\\src\\a line 3 (%s)",
+                             "Assertion failed: work/arlib/src/a line 3 (%s)"}) {
+        EXPECT_EQ(faultFingerprint(text), 0xD7F9AAU) << text;
+    }
+    EXPECT_EQ(faultFingerprint("Messages: unexpected diagnostic style %d"), 0x4541CAU);
+    EXPECT_EQ(faultFingerprint("Messages: Bad severity number %d\n"), 0x89CFE0U);
+}
+
+TEST_F(InternalCheckDeathTest, NamesAHeaderFromItsRoomOn) {
+    EXPECT_EXIT(checkInHeader(1), testing::ExitedWithCode(1),
+                "\\] Assertion failed: tests/platform/check_site line 7 \\(value == 0\\)\n$");
 }
 
 TEST_F(InternalCheckDeathTest, TakesOddSourcePaths) {

@@ -16,7 +16,7 @@ const std::set<std::string> mayPrint = {"platform/src/internal_check.cpp"};
 
 bool prints(const std::string& line) {
     static const std::regex call(
-        R"(\b(v?f?printf|f?puts|f?putc|putchar|fwrite|perror|psignal)\s*\(|\bstd::(cout|cerr|clog)\b|\bstd::print)");
+        R"(\b(v?[fd]?w?printf|f?puts|f?putw?c|putw?char|fwrite|fputws|perror|psignal)(_unlocked)?\s*\(|\bstd::(w?cout|w?cerr|w?clog)\b|\bstd::print|\bwrite\s*\(\s*(STD(OUT|ERR)_FILENO|[12])\b)");
     const std::string code = line.substr(0, line.find("//"));
     return std::regex_search(code, call);
 }
@@ -25,6 +25,10 @@ TEST(PrintingRules, ARecogniserThatFindsCalls) {
     EXPECT_TRUE(prints("    std::printf(\"x\");"));
     EXPECT_TRUE(prints("    fputs(text, stderr);"));
     EXPECT_TRUE(prints("    std::cerr << x;"));
+    EXPECT_TRUE(prints("    dprintf(2, text);"));
+    EXPECT_TRUE(prints("    ::write(STDERR_FILENO, text, 3);"));
+    EXPECT_TRUE(prints("    fwrite_unlocked(text, 1, 3, stdout);"));
+    EXPECT_FALSE(prints("    m_Output.write(bytes, 1);"));
     EXPECT_FALSE(prints("    std::snprintf(text, sizeof text, \"x\");"));
     EXPECT_FALSE(prints("    // printf(\"x\")"));
     EXPECT_FALSE(prints("    messages::printText(\"x\");"));
