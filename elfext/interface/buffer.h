@@ -1,7 +1,9 @@
 // The contents of a section or of raw data: bytes, read and written in the file's byte order.
 //
 // A buffer holds its bytes itself, or it stands for bytes that are held elsewhere: then every read
-// goes through a function that fetches them, and writing is forbidden.
+// goes through a function that fetches them, and writing is forbidden. Or it borrows bytes in
+// somebody else's memory: nobody can tell them from its own, as they are copied before the first
+// change.
 //
 // The aligned accesses are for tables whose form is known to be good. For data whose alignment
 // nothing promises there are unaligned reads. All of them are checked only by internal checks: a
@@ -37,9 +39,14 @@ public:
     void setExternalData(ExternalDataFunction function, void* context, uint64_t size);
     bool isExternal() const { return m_ExternalDataFunction != nullptr; }
 
+    // From now on the contents are the `size` bytes at `data`, which must stay as they are for as
+    // long as the buffer refers to them. They are not copied before something is changed.
+    void setBorrowedData(const uint8_t* data, uint64_t size);
+    bool isBorrowed() const { return m_BorrowedData != nullptr; }
+
     // In bytes.
     uint64_t getSize() const {
-        return m_ExternalDataFunction != nullptr ? m_ExternalDataSize : m_Contents.getSize();
+        return m_ExternalDataFunction != nullptr ? m_ExternalDataSize : heldSize();
     }
     // New bytes are zero. For external data only the size is noted.
     void setSize(uint64_t size);
@@ -49,11 +56,12 @@ public:
     // The bytes themselves, good until the next change of size. Not for external data.
     uint8_t* getData() {
         TOMEX_CHECK(!m_ExternalDataFunction);
+        ownData();
         return m_Contents.begin();
     }
     const uint8_t* getData() const {
         TOMEX_CHECK(!m_ExternalDataFunction);
-        return m_Contents.begin();
+        return heldData();
     }
 
     // Aligned reads: `offset` is a multiple of the width.
@@ -62,6 +70,10 @@ public:
             return getExternal<uint8_t>(offset);
         }
         TOMEX_CHECK(offset <= UINT32_MAX);
+        if (m_BorrowedData != nullptr) {
+            TOMEX_CHECK_TEXT(offset < m_BorrowedSize, "index < m_Used");
+            return m_BorrowedData[offset];
+        }
         return m_Contents[static_cast<uint32_t>(offset)];
     }
     uint16_t getUint16(uint64_t offset) const {
@@ -98,6 +110,7 @@ public:
     void setUint8(uint64_t offset, uint8_t value) {
         TOMEX_CHECK(!m_ExternalDataFunction);
         TOMEX_CHECK(offset <= UINT32_MAX);
+        ownData();
         m_Contents[static_cast<uint32_t>(offset)] = value;
     }
     void setUint16(uint64_t offset, uint16_t value) {
@@ -135,23 +148,38 @@ private:
     void check16(uint64_t offset) const {
         if (m_ExternalDataFunction == nullptr) [[likely]] {
             TOMEX_CHECK(offset <= UINT32_MAX);
-            TOMEX_CHECK(offset + 2 <= m_Contents.getSize());
+            TOMEX_CHECK_TEXT(offset + 2 <= heldSize(), "offset + 2 <= m_Contents.getSize()");
         }
     }
     void check32(uint64_t offset) const {
         if (m_ExternalDataFunction == nullptr) [[likely]] {
             TOMEX_CHECK(offset <= UINT32_MAX);
-            TOMEX_CHECK(offset + 4 <= m_Contents.getSize());
+            TOMEX_CHECK_TEXT(offset + 4 <= heldSize(), "offset + 4 <= m_Contents.getSize()");
         }
     }
     void check64(uint64_t offset) const {
         if (m_ExternalDataFunction == nullptr) [[likely]] {
             TOMEX_CHECK(offset <= UINT32_MAX);
-            TOMEX_CHECK(offset + 8 <= m_Contents.getSize());
+            TOMEX_CHECK_TEXT(offset + 8 <= heldSize(), "offset + 8 <= m_Contents.getSize()");
         }
     }
 
     bool isLittleEndian() const { return m_ObjectModule->isLittleEndian(); }
+
+    // The bytes that are not external, wherever they are, and how many there are.
+    const uint8_t* heldData() const {
+        return m_BorrowedData != nullptr ? m_BorrowedData : m_Contents.begin();
+    }
+    uint64_t heldSize() const {
+        return m_BorrowedData != nullptr ? m_BorrowedSize : m_Contents.getSize();
+    }
+    // Makes borrowed bytes the buffer's own.
+    void ownData() {
+        if (m_BorrowedData != nullptr) [[unlikely]] {
+            copyBorrowedData();
+        }
+    }
+    void copyBorrowedData();
 
     template <typename Integer>
     Integer getAligned(uint64_t offset) const {
@@ -159,7 +187,7 @@ private:
             return getExternal<Integer>(offset);
         }
         Integer value = 0;
-        std::memcpy(&value, m_Contents.begin() + offset, sizeof value);
+        std::memcpy(&value, heldData() + offset, sizeof value);
         return convertByteOrder(value, isLittleEndian());
     }
 
@@ -168,7 +196,7 @@ private:
         if (m_ExternalDataFunction != nullptr) [[unlikely]] {
             return getExternal<Integer>(offset);
         }
-        return assembleBytes<Integer>(m_Contents.begin() + offset, isLittleEndian());
+        return assembleBytes<Integer>(heldData() + offset, isLittleEndian());
     }
 
     template <typename Integer>
@@ -180,6 +208,7 @@ private:
 
     template <typename Integer>
     void store(uint64_t offset, Integer value) {
+        ownData();
         const Integer stored = convertByteOrder(value, isLittleEndian());
         std::memcpy(m_Contents.begin() + offset, &stored, sizeof stored);
     }
@@ -195,6 +224,8 @@ private:
     ExternalDataFunction m_ExternalDataFunction = nullptr;
     void* m_ExternalDataContext = nullptr;
     uint64_t m_ExternalDataSize = 0;
+    const uint8_t* m_BorrowedData = nullptr; // null if nothing is borrowed
+    uint64_t m_BorrowedSize = 0;
 };
 
 } // namespace elfext

@@ -44,11 +44,11 @@ protected:
     ~inline_list() { delete[] m_Rest; }
 
     Entry* entry(uint32_t index) const {
-        return index < m_InlineUsed ? m_Inline[index] : m_Rest[index - m_InlineUsed];
+        return isInline(index) ? m_Inline[index] : m_Rest[index - m_InlineUsed];
     }
 
     void setEntry(uint32_t index, Entry* value) {
-        (index < m_InlineUsed ? m_Inline[index] : m_Rest[index - m_InlineUsed]) = value;
+        (isInline(index) ? m_Inline[index] : m_Rest[index - m_InlineUsed]) = value;
     }
 
     void addEntry(Entry* value) {
@@ -66,6 +66,10 @@ protected:
     uint32_t m_Size = 0; // all entries
 
 private:
+    // The second test says nothing new, but it tells a compiler that unrolls a loop over a list
+    // that the entry is inside.
+    bool isInline(uint32_t index) const { return index < m_InlineUsed && index < InlineEntries; }
+
     static Entry** takeBlock(uint32_t count) {
         const uint32_t bytes = blockBytes(count, sizeof(Entry*));
         Entry** const block = new (std::nothrow) Entry*[count];

@@ -1,0 +1,247 @@
+// A symbol's value, its category, and the list that goes with it.
+#include "elfext/interface/symbol.h"
+
+#include "attributes/interface/build_attributes.h"
+#include "elfext/interface/object_module.h"
+#include "elfext/interface/version_records.h"
+
+#include <cstring>
+
+namespace elfext {
+
+namespace {
+
+constexpr char buildAttributesPrefix[] = "BuildAttributes$";
+constexpr char buildAttributesInfix[] = "$$BuildAttributes$";
+
+bool beginsWith(const char* text, const char* prefix) {
+    return std::strncmp(text, prefix, std::strlen(prefix)) == 0;
+}
+
+} // namespace
+
+SymbolKind getSymbolKind(const char* name) {
+    if (name == nullptr || name[0] != '$' || name[1] == '\0') {
+        return SymbolKind_Ordinary;
+    }
+    if (std::strchr("adtx", name[1]) != nullptr) {
+        return name[2] == '\0' || name[2] == '.' ? SymbolKind_Mapping : SymbolKind_Ordinary;
+    }
+    return std::strchr("bfpv", name[1]) != nullptr ? SymbolKind_SecondMapping : SymbolKind_Ordinary;
+}
+
+Symbol::Symbol(ObjectModule* objectModule, const char* name, uint64_t size, uint32_t type,
+               uint32_t binding, uint32_t visibility, bool isDynamic)
+    : ObjectWithBuildAttributes(objectModule, objectModule->getBuildAttributesCache()),
+      m_IsDynamic(isDynamic), m_Name(objectModule->keepText(name)), m_Size(size), m_Type(type),
+      m_Binding(binding), m_Visibility(visibility) {
+}
+
+void Symbol::getParentBuildAttributes(attributes::BuildAttributes& result) const {
+    if (m_Category == Category_Hosted) {
+        m_Value.m_Section->getBuildAttributes(result);
+    } else {
+        m_ObjectModule->getBuildAttributes(result);
+    }
+}
+
+void Symbol::markChanged() {
+    m_ObjectModule->markChanged();
+}
+
+void Symbol::markListsUnsorted() {
+    m_ObjectModule->m_SymbolListsSorted = false;
+    if (m_Category == Category_Hosted) {
+        m_Value.m_Section->m_HostedSymbolListsSorted = false;
+    }
+    markChanged();
+}
+
+void Symbol::setName(const char* name) {
+    m_Name = m_ObjectModule->keepText(name);
+    markListsUnsorted();
+}
+
+void Symbol::setSize(uint64_t size) {
+    m_Size = size;
+    markChanged();
+}
+
+void Symbol::setType(uint32_t type) {
+    m_Type = type;
+    markChanged();
+}
+
+void Symbol::setBinding(uint32_t binding) {
+    m_Binding = binding;
+    markChanged();
+}
+
+void Symbol::setVisibility(uint32_t visibility) {
+    m_Visibility = visibility;
+    markChanged();
+}
+
+// --- Values
+
+uint64_t Symbol::getAbsoluteValue() const {
+    TOMEX_CHECK(m_Category == Category_Absolute);
+    return m_Value.m_Number;
+}
+
+void Symbol::setAbsoluteValue(uint64_t value) {
+    TOMEX_CHECK(m_Category == Category_Absolute);
+    m_Value.m_Number = value;
+    markListsUnsorted();
+}
+
+uint64_t Symbol::getCommonValue() const {
+    TOMEX_CHECK(m_Category == Category_Common);
+    return m_Value.m_Number;
+}
+
+void Symbol::setCommonValue(uint64_t value) {
+    TOMEX_CHECK(m_Category == Category_Common);
+    m_Value.m_Number = value;
+    markChanged();
+}
+
+Section* Symbol::getSection() const {
+    TOMEX_CHECK(m_Category == Category_Hosted);
+    return m_Value.m_Section;
+}
+
+uint64_t Symbol::getOffset() const {
+    TOMEX_CHECK(m_Category == Category_Hosted);
+    return m_Offset;
+}
+
+void Symbol::setOffset(uint64_t offset) {
+    TOMEX_CHECK(m_Category == Category_Hosted);
+    m_Offset = offset;
+    markListsUnsorted();
+}
+
+uint64_t Symbol::getAddress() const {
+    switch (m_Category) {
+    case Category_Absolute:
+        return m_Value.m_Number;
+    case Category_Hosted:
+        return m_Value.m_Section->getAddress() + m_Offset;
+    default:
+        return 0;
+    }
+}
+
+uint64_t Symbol::getAbiValue() const {
+    const uint64_t mask = m_Type == STT_FUNC ? ~uint64_t{1} : ~uint64_t{0};
+    switch (m_Category) {
+    case Category_Hosted: {
+        const uint64_t base = m_ObjectModule->hasAddresses() ? m_Value.m_Section->getAddress() : 0;
+        return (m_Offset & mask) + base;
+    }
+    case Category_Absolute:
+    case Category_Common:
+        return m_Value.m_Number & mask;
+    default:
+        return 0;
+    }
+}
+
+bool Symbol::isBuildAttributesSymbol() const {
+    if (m_Name == nullptr || (m_Category != Category_Hosted && m_Category != Category_Absolute)) {
+        return false;
+    }
+    return beginsWith(m_Name, buildAttributesPrefix) ||
+           (m_Category == Category_Absolute &&
+            std::strstr(m_Name, buildAttributesInfix) != nullptr);
+}
+
+// --- Category
+
+fast_array<Symbol*>& Symbol::categoryList() {
+    return m_Category == Category_Hosted ? m_Value.m_Section->hostedList(m_IsDynamic)
+                                         : m_ObjectModule->categoryList(m_Category, m_IsDynamic);
+}
+
+void Symbol::leaveList() {
+    markListsUnsorted();
+    categoryList().removeValue(this);
+}
+
+void Symbol::enterList() {
+    categoryList().add(this);
+    markListsUnsorted();
+}
+
+// The first place of a new symbol, which is undefined and in no list yet.
+void Symbol::settle(Category category, uint64_t value) {
+    TOMEX_CHECK(m_Category == Category_Undefined);
+    m_Category = category;
+    m_Value.m_Number = value;
+    enterList();
+}
+
+void Symbol::settleIn(Section* section, uint64_t offset) {
+    TOMEX_CHECK(m_Category == Category_Undefined);
+    TOMEX_CHECK_TEXT(section != nullptr, "section != NULL");
+    TOMEX_CHECK(section->getObjectModule() == m_ObjectModule);
+    m_Category = Category_Hosted;
+    m_Value.m_Section = section;
+    m_Offset = offset;
+    enterList();
+}
+
+// In between, a symbol that moves is as good as new.
+void Symbol::beNew() {
+    leaveList();
+    m_Category = Category_Undefined;
+    m_Value.m_Number = 0;
+    m_Offset = 0;
+}
+
+void Symbol::makeAbsolute(uint64_t value) {
+    beNew();
+    settle(Category_Absolute, value);
+}
+
+void Symbol::makeCommon(uint64_t value) {
+    beNew();
+    settle(Category_Common, value);
+}
+
+void Symbol::makeHosted(Section* section, uint64_t offset) {
+    beNew();
+    settleIn(section, offset);
+}
+
+// A definition's version goes with the definition.
+void Symbol::makeUndefined() {
+    beNew();
+    m_SymbolVersionDefinition = nullptr;
+    settle(Category_Undefined, 0);
+}
+
+// --- Relations
+
+void Symbol::setSymbolVersionDefinition(SymbolVersionDefinition* definition) {
+    TOMEX_CHECK(m_IsDynamic);
+    TOMEX_CHECK(getCategory() != Category_Undefined);
+    m_SymbolVersionDefinition = definition;
+    markChanged();
+}
+
+void Symbol::setSymbolVersionRequirement(SymbolVersionRequirement* requirement) {
+    TOMEX_CHECK(m_IsDynamic);
+    m_SymbolVersionRequirement = requirement;
+    markChanged();
+}
+
+void Symbol::setLinkedSymbol(Symbol* symbol) {
+    TOMEX_CHECK_TEXT(symbol == nullptr || symbol->getObjectModule() == m_ObjectModule,
+                     "symbol == NULL || symbol->getObjectModule() == m_ObjectModule");
+    m_LinkedSymbol = symbol;
+    markChanged();
+}
+
+} // namespace elfext

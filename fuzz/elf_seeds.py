@@ -1,0 +1,158 @@
+"""Small ELF files that hold every kind of section that the reader looks into."""
+import struct
+
+SYMTAB, STRTAB, RELA, HASH, DYNAMIC, NOTE, NOBITS, REL, DYNSYM = 2, 3, 4, 5, 6, 7, 8, 9, 11
+GROUP, SHNDX = 17, 18
+VERDEF, VERNEED, VERSYM = 0x6FFFFFFD, 0x6FFFFFFE, 0x6FFFFFFF
+PREEMPTION, ATTRIBUTES, OVERLAY = 0x70000002, 0x70000003, 0x70000004
+BASE = 0x10000
+
+
+class Elf:
+    """One file: sections are added, bytes() lays them out."""
+
+    def __init__(self, wide, little, kind):
+        self.wide, self.kind = wide, kind
+        self.order = "<" if little else ">"
+        self.sections = [dict(name=b"", type=0)]
+        self.segments = []
+
+    def pack(self, form, *values):
+        return struct.pack(self.order + form, *values)
+
+    def words(self, *values):
+        return self.pack("%dI" % len(values), *values)
+
+    def addresses(self, *values):
+        return self.pack("%d%s" % (len(values), "Q" if self.wide else "I"), *values)
+
+    def add(self, name, kind, data=b"", **fields):
+        self.sections.append(dict(name=name, type=kind, data=data, **fields))
+        return len(self.sections) - 1
+
+    def symbol(self, name, info, index, value=0, size=0):
+        if self.wide:
+            return self.pack("IBBHQQ", name, info, 0, index, value, size)
+        return self.pack("IIIBBH", name, value, size, info, 0, index)
+
+    def relocation(self, offset, symbol, addend=None):
+        info = symbol << 32 | 1 if self.wide else symbol << 8 | 1
+        return self.addresses(offset, info, *([] if addend is None else [addend]))
+
+    def header(self, section, name, offset):
+        size = section.get("size", len(section.get("data", b"")))
+        flags, link, info = (section.get(key, 0) for key in ("flags", "link", "info"))
+        address = BASE + offset if flags & 2 and self.kind != 1 else section.get("address", 0)
+        entry = section.get("entry", 0)
+        form = "IIQQQQIIQQ" if self.wide else "10I"
+        if section["type"] == 0:
+            offset = 0
+        return self.pack(form, name, section["type"], flags, address, offset, size, link, info, 1,
+                         entry)
+
+    def segment(self, kind, offset, size):
+        if self.wide:
+            return self.pack("IIQQQQQQ", kind, 7, offset, BASE + offset, 0, size, size, 1)
+        return self.pack("8I", kind, offset, BASE + offset, 0, size, size, 7, 1)
+
+    def bytes(self):
+        self.add(b".shstrtab", STRTAB, b"\0" + b"".join(s["name"] + b"\0" for s in self.sections))
+        self.sections[-1]["data"] += b".shstrtab\0"
+        header_size, segment_size = (64, 56) if self.wide else (52, 32)
+        position = header_size + segment_size * len(self.segments)
+        body, offsets = b"", []
+        for section in self.sections:
+            offsets.append(position)
+            data = b"" if section["type"] == NOBITS else section.get("data", b"")
+            body += data
+            position += len(data)
+        table, name = b"", 1
+        for section, offset in zip(self.sections, offsets):
+            table += self.header(section, name, offset)
+            name += len(section["name"]) + 1
+        segments = b""
+        for kind, first, last in self.segments:
+            end = offsets[last] + len(self.sections[last].get("data", b""))
+            segments += self.segment(kind, offsets[first] if first else 0, end - (
+                offsets[first] if first else 0))
+        ident = b"\x7fELF" + bytes([2 if self.wide else 1, 1 if self.order == "<" else 2, 1])
+        form = "HHIQQQIHHHHHH" if self.wide else "HHIIIIIHHHHHH"
+        header = ident.ljust(16, b"\0") + self.pack(
+            form, self.kind, 183 if self.wide else 40, 1, 0, header_size if segments else 0,
+            position, 0, header_size, segment_size, len(self.segments),
+            64 if self.wide else 40, len(self.sections), len(self.sections) - 1)
+        return header + segments + body + table
+
+
+def add_symbols(elf, text):
+    strings = elf.add(b".strtab", STRTAB, b"\0one\0two\0BuildAttributes$$REQ8\0")
+    table = b"".join((elf.symbol(0, 0, 0), elf.symbol(1, 0x12, text, 0, 4),
+                      elf.symbol(5, 0x10, 0xFFFF), elf.symbol(9, 0x10, 0xFFF1),
+                      elf.symbol(1, 0x03, text), elf.symbol(5, 0x10, 0xFFF2, 8)))
+    symbols = elf.add(b".symtab", SYMTAB, table, link=strings, info=1)
+    elf.add(b".shndx", SHNDX, elf.words(0, 0, text, 0, 0, 0), link=symbols)
+    return symbols
+
+
+def relocatable(wide, little):
+    elf = Elf(wide, little, 1)
+    text = elf.add(b".text", 1, b"code", flags=0x202)
+    elf.add(b".bss", NOBITS, size=64)
+    debug = elf.add(b".debug_info", 1, b"debug")
+    symbols = add_symbols(elf, text)
+    elf.add(b".rel", REL, elf.relocation(0, 1), link=symbols, info=text)
+    elf.add(b".rela", RELA, elf.relocation(4, 2, 9), link=symbols, info=text)
+    elf.add(b".group", GROUP, elf.words(1, text), link=symbols, info=1)
+    entry = 16 if wide else 12
+    elf.add(b".overlay", OVERLAY, elf.addresses(1) + elf.words(debug, text), entry=entry)
+    stream = b"\6\2\5CPU\0"
+    scope = bytes([1]) + elf.words(5 + len(stream)) + stream
+    vendor = elf.words(4 + 6 + len(scope)) + b"qeabi\0" + scope
+    elf.add(b".attributes", ATTRIBUTES, b"A" + vendor)
+    return elf.bytes()
+
+
+def image(wide, little):
+    elf = Elf(wide, little, 3)
+    text = elf.add(b".text", 1, b"code", flags=2)
+    strings = elf.add(b".dynstr", STRTAB, b"\0one\0lib.so\0V1\0", flags=2)
+    table = elf.symbol(0, 0, 0) + elf.symbol(1, 0x12, text, BASE) + elf.symbol(5, 0x10, 0)
+    dynsym = elf.add(b".dynsym", DYNSYM, table, link=strings, flags=2)
+    elf.add(b".hash", HASH, elf.words(1, 3, 1, 0, 2, 0), link=dynsym, flags=2)
+    elf.add(b".versym", VERSYM, elf.pack("3H", 0, 2, 3), link=dynsym, flags=2)
+    verdef = elf.pack("4H", 1, 0, 2, 1) + elf.words(7, 20, 0) + elf.words(12, 0)
+    elf.add(b".verdef", VERDEF, verdef, link=strings, flags=2)
+    verneed = elf.pack("HH", 1, 1) + elf.words(5, 16, 0)
+    verneed += elf.words(7) + elf.pack("HH", 0, 3) + elf.words(12, 0)
+    elf.add(b".verneed", VERNEED, verneed, link=strings, flags=2)
+    records = elf.words(1, 1, 5, 5) + elf.words(0)
+    preemption = elf.add(b".preempt", PREEMPTION, records, link=strings, flags=2)
+    # The sections up to here, the header and three program headers stand in front of it.
+    offset = (64 + 3 * 56 if wide else 52 + 3 * 32) + sum(
+        len(section.get("data", b"")) for section in elf.sections[:preemption])
+    dynamic = [(1, 5), (14, 5), (15, 1), (29, 1), (12, BASE), (21, 0), (30, 1),
+               (0x6FFFFFFD, 1), (0x6FFFFFFF, 1), (0x70000002, BASE + offset), (0, 0)]
+    data = b"".join(elf.addresses(*pair) for pair in dynamic)
+    last = elf.add(b".dynamic", DYNAMIC, data, link=strings, flags=2)
+    count = sum(1 for section in elf.sections if section.get("flags", 0) & 2) + 1
+    note = elf.words(4, 4 * count, 0x40000000) + b"QEL\0" + elf.words(*[0] * count)
+    last = elf.add(b".note", NOTE, note, flags=2)
+    add_symbols(elf, text)
+    elf.segments = [(1, 0, last), (2, last - 1, last - 1), (4, last, last)]
+    return elf.bytes()
+
+
+def elf_files():
+    for wide in (False, True):
+        for little in (False, True):
+            yield relocatable(wide, little)
+            yield image(wide, little)
+
+
+def headers():
+    """Starts of files: whole headers, cut ones, and the second form."""
+    for file in elf_files():
+        yield file[:64]
+        yield file[:20]
+    second = Elf(False, True, 1).bytes()[:52]
+    yield b"\xf7ORC" + second[4:] + struct.pack("<II", 2, 8)

@@ -1,0 +1,66 @@
+// Feeds any bytes to the ELF reader, and asks what it makes of them for everything that it has.
+//
+// Without a word said there is a module, and with one there is none. A handler that lets the read
+// go on wherever it can gets modules of damaged files, which must be sound all the same.
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#include "alloclib/interface/default_region.h"
+#include "elfext/interface/elf_object_module_reader.h"
+#include "elfext/interface/error_handler.h"
+#include "elfext/interface/object_module.h"
+#include "tests/support/module_walk.h"
+
+namespace {
+
+class CountingHandler final : public elfext::ErrorHandler {
+public:
+    explicit CountingHandler(bool goesOn) : m_GoesOn(goesOn) {}
+
+    bool report(elfext::ObjectModule*, elfext::Severity severity, const char* message) override {
+        last = message;
+        ++reports;
+        return m_GoesOn && severity != elfext::Severity_Fatal;
+    }
+
+    int reports = 0;
+    std::string last;
+
+private:
+    bool m_GoesOn;
+};
+
+// Gives what it saw of the module.
+uint64_t read(const uint8_t* data, size_t size, bool goesOn) {
+    CountingHandler handler(goesOn);
+    elfext::ObjectModule module;
+    module.setErrorHandler(&handler);
+    const bool isRead = elfext::readElfBuffer("input", data, size, &module, nullptr);
+    const bool isTold = isRead ? goesOn || handler.reports == 0 : handler.reports != 0;
+    if (!isTold || (!isRead && !module.isEmpty())) {
+        std::fprintf(stderr, "answer and reports differ: %s\n", handler.last.c_str());
+        std::abort();
+    }
+    return isRead ? testsupport::walkModule(module) : 0;
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerInitialize(int*, char***) {
+    alloclib::startAllocators();
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    if (size == 0) {
+        return 0;
+    }
+    const uint64_t first = read(data, size, true);
+    if (read(data, size, false) > first) {
+        std::fprintf(stderr, "the stricter read saw more\n");
+        std::abort();
+    }
+    return 0;
+}
