@@ -5,6 +5,7 @@
 #include "arlib/interface/archive.h"
 #include "messages/interface/message_keys.h"
 #include "messages/interface/report.h"
+#include "tomex/attribute_clashes.h"
 #include "tomex/command_report.h"
 
 namespace tomex {
@@ -29,6 +30,13 @@ void listGroup(arlib::MemberGroup group) {
     for (const arlib::ArchiveMember* member : group) {
         reportText(" * %s [%u] : %s", group[0]->getName(), index, member->getName());
         ++index;
+    }
+}
+
+// With -v, what clashes.
+void listClashes(const attributes::FullAttr& attributes) {
+    if (commandState().verbose) {
+        listAttributeClashes(attributes);
     }
 }
 
@@ -104,6 +112,22 @@ bool ArlibErrorHandler::attributesNotDecorable(arlib::Archive*, arlib::ArchiveMe
     messages::report(Severity_Warning, messages::MessageKey_AttributesNotDecorable,
                      member->getName(), group[0]->getName());
     listGroup(group);
+    return true;
+}
+
+bool ArlibErrorHandler::libraryCommonAttributesClash(arlib::Archive*, arlib::MemberGroup group,
+                                                     const attributes::FullAttr& common) {
+    messages::report(Severity_Warning, messages::MessageKey_CommonAttributesIncompatible,
+                     group[0]->getName());
+    listClashes(common);
+    return true;
+}
+
+bool ArlibErrorHandler::libraryMemberAttributesClash(arlib::Archive*, arlib::ArchiveMember* member,
+                                                     const attributes::FullAttr& combined) {
+    messages::report(Severity_Warning, messages::MessageKey_MemberAttributesIncompatible,
+                     member->getName());
+    listClashes(combined);
     return true;
 }
 

@@ -5,7 +5,7 @@
 
 namespace tomex {
 
-class ArlibErrorHandler final : public arlib::ErrorHandler {
+class ArlibErrorHandler : public arlib::ErrorHandler {
 public:
     bool report(arlib::Archive* archive, arlib::ErrorKind kind, const char* text) override;
     bool outOfMemory(arlib::Archive* archive) override;
@@ -22,6 +22,14 @@ public:
                            arlib::MemberGroup group) override;
     bool attributesNotDecorable(arlib::Archive* archive, arlib::ArchiveMember* member,
                                 arlib::MemberGroup group) override;
+
+    // Clashes with the attributes of the library, in words of their own and, with -v, pair by pair.
+    // They stand behind the base's operations, which the archive library calls instead: so users
+    // see the base's sentence until a caller knows this class.
+    virtual bool libraryCommonAttributesClash(arlib::Archive* archive, arlib::MemberGroup group,
+                                              const attributes::FullAttr& common);
+    virtual bool libraryMemberAttributesClash(arlib::Archive* archive, arlib::ArchiveMember* member,
+                                              const attributes::FullAttr& combined);
 };
 
 } // namespace tomex

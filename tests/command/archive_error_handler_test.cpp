@@ -172,5 +172,68 @@ TEST_F(ArchiveErrorHandler, ShowsClashesWithTheLibraryAsFlawsOfTheArchive) {
                         "member object 'third.o' are incompatible with library attributes\n");
 }
 
+// The same clashes in the command's own words, for a caller that knows the command's handler.
+class LibraryClash : public ArchiveErrorHandler {
+protected:
+    std::string listed(const attributes::FullAttr& clashing) {
+        EXPECT_TRUE(m_Handler.libraryMemberAttributesClash(archive(), m_Members[2], clashing));
+        const std::string memberText = output();
+        const std::string memberLine =
+            "Warning: L6879W: Attributes of minor variant member object 'third.o' are incompatible "
+            "with library attributes.\n";
+        EXPECT_TRUE(memberText.starts_with(memberLine)) << memberText;
+        EXPECT_TRUE(m_Handler.libraryCommonAttributesClash(archive(), group(), clashing));
+        const std::string groupText = output();
+        const std::string groupLine =
+            "Warning: L6878W: Common attributes of minor variant group beginning with 'first.o' "
+            "are incompatible with library attributes.\n";
+        EXPECT_TRUE(groupText.starts_with(groupLine)) << groupText;
+        EXPECT_EQ(groupText.substr(groupLine.size()), memberText.substr(memberLine.size()));
+        return groupText.substr(groupLine.size());
+    }
+};
+
+// Clashes of instruction sets come first, then those of options, then that of access.
+TEST_F(LibraryClash, AllAtOnce) {
+    const attributes::FullAttr clashing{
+        .isa = {0x6880000000000000 | 0x1001 | 0x1000010000000000, 0},
+        .access = {0x0002, 0, 0x0400, 0},
+        .options = 0x30 | 0x880000};
+    const char* lines = " * FLA clashes with ZLT\n"
+                        " * pure-endian double clashes with mixed-endian double\n"
+                        " * qel-isa clashes with m-profile\n"
+                        " * Q64 clashes with SoftZLT\n"
+                        " * stack-checked clashes with not-stack-checked\n"
+                        " * require 4-byte alignment of 8-byte datatypes clashes with require "
+                        "8-byte alignment of 8-byte datatypes\n"
+                        " * L/S clashes with UL/US\n";
+    EXPECT_EQ(listed(clashing), "");
+    beVerbose();
+    EXPECT_EQ(listed(clashing), lines);
+    messages::setStyle(2);
+    EXPECT_EQ(listed(clashing), lines);
+}
+
+TEST_F(LibraryClash, HalfOfAPairIsNone) {
+    beVerbose();
+    EXPECT_EQ(listed({}), "");
+    EXPECT_EQ(listed({.isa = {0x0800000000000000 | 0x2000000000000000 | 0x1 | 0x10000000000, 0},
+                      .access = {0x016E, 0x016E, 0x016E, 0xFFFF},
+                      .options = 0x20 | 0x80000}),
+              "");
+    EXPECT_EQ(listed({.isa = {0x0080000000000000 | 0x4000000000000000 | 0x1000, 0xFFFF},
+                      .access = {0xFC00, 0xFC00, 0xFC00, 0xFFFF},
+                      .options = 0x10 | 0x800000}),
+              "");
+}
+
+TEST_F(LibraryClash, AccessOfCodeAndDataClashes) {
+    beVerbose();
+    const char* line = " * L/S clashes with UL/US\n";
+    EXPECT_EQ(listed({.isa = {}, .access = {0x0002, 0x0400, 0, 0}}), line);
+    EXPECT_EQ(listed({.isa = {}, .access = {0, 0, 0xFFFF, 0}}), line);
+    EXPECT_EQ(listed({.isa = {}, .access = {0x0002, 0, 0, 0x0400}}), ""); // stores take no part
+}
+
 } // namespace
 } // namespace commandtest
