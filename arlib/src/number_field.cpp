@@ -25,8 +25,7 @@ bool parseNumberField(std::string_view field, uint32_t base, uint32_t& value) {
     }
     uint64_t number = 0;
     // A digit that the base has not, as "8" in an octal number, ends the number.
-    for (; position != end && *position >= '0' &&
-           static_cast<uint32_t>(*position - '0') < base;
+    for (; position != end && *position >= '0' && static_cast<uint32_t>(*position - '0') < base;
          ++position) {
         number = number * base + static_cast<uint32_t>(*position - '0');
         if (number > UINT32_MAX) {

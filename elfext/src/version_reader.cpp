@@ -18,7 +18,7 @@ enum VerneedField : uint32_t { vn_cnt = 2, vn_file = 4, vn_aux = 8, vn_next = 12
 enum VernauxField : uint32_t { vna_flags = 4, vna_other = 6, vna_name = 8, vna_next = 12 };
 
 constexpr uint16_t numberMask = 0x7FFF; // bit 15 hides a symbol
-constexpr uint16_t firstVersion = 2;   // 0 and 1 are local and global symbols without a version
+constexpr uint16_t firstVersion = 2;    // 0 and 1 are local and global symbols without a version
 
 class VersionReader {
 public:
