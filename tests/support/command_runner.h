@@ -22,7 +22,7 @@ namespace testsupport {
 
 // Whether this build, and so the program under test, runs under the address sanitizer. Memory
 // limits cannot be used then, and peak memory says nothing.
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(__SANITIZE_ADDRESS__) || defined(TOMEX_PROGRAM_IS_SANITIZED)
 inline constexpr bool sanitizedBuild = true;
 #elif defined(__has_feature)
 #if __has_feature(address_sanitizer)
