@@ -74,8 +74,11 @@ const char* joinTexts(const char* format, va_list arguments) {
         }
         ++format;
         const char* text = *format == 's' ? va_arg(arguments, const char*) : nullptr;
-        const uint64_t length = text != nullptr ? std::strlen(text) : UINT64_MAX;
-        if (length > static_cast<uint64_t>(limit - to)) {
+        if (text == nullptr) {
+            return nullptr;
+        }
+        const size_t length = std::strlen(text);
+        if (length > static_cast<size_t>(limit - to)) {
             return nullptr;
         }
         std::memcpy(to, text, length);
