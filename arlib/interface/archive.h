@@ -36,6 +36,7 @@ namespace arlib {
 
 class ContentsSources;
 class MemberIndex;
+struct ContentsRegion;
 struct SourceFile;
 
 // When updateAuxiliaryMembers makes a symbol table.
@@ -188,25 +189,19 @@ private:
 
     using SourceFilePointer = std::shared_ptr<const SourceFile>;
 
-    struct FileRegion {
-        SourceFilePointer source;
-        uint64_t offset;
-        uint64_t size;
-    };
-
     void requireWritable() const;
     const char* copyName(const char* name);
     SourceFilePointer describeFile(const char* fileName);
     SourceFilePointer describeFile(const char* fileName, const platform::FileProbe& probe);
     std::shared_ptr<SourceFile> acceptFile(const char* fileName, const platform::FileStatus& status,
                                            int error);
-    bool acceptRegion(const char* memberName, FileRegion& region);
+    bool acceptRegion(const char* memberName, ContentsRegion& region);
     ArchiveMember* appendMember(const char* name, uint32_t length);
-    static FileRegion wholeFile(SourceFilePointer source);
-    static FileRegion regionOf(const ArchiveMember& member);
-    ArchiveMember* appendFromRegion(const char* memberName, FileRegion region);
-    ArchiveMember* appendAccepted(const char* ownName, uint32_t length, FileRegion region);
-    bool replaceFromRegion(ArchiveMember* member, FileRegion region);
+    static ContentsRegion wholeFile(SourceFilePointer source, std::span<const uint8_t> head = {});
+    static ContentsRegion regionOf(const ArchiveMember& member);
+    ArchiveMember* appendFromRegion(const char* memberName, ContentsRegion region);
+    ArchiveMember* appendAccepted(const char* ownName, uint32_t length, ContentsRegion region);
+    bool replaceFromRegion(ArchiveMember* member, ContentsRegion region);
     void shiftMember(uint32_t oldIndex, uint32_t newIndex);
     void markTablesStale();
     MemberIndex& memberIndex();
@@ -262,7 +257,8 @@ private:
     std::unique_ptr<MemberIndex> m_MemberIndex; // null until a member is looked up by name
     std::unique_ptr<ContentsSources> m_Sources;
     uint64_t m_KeptByteCount = 0;
-    bool m_TableFailed = false; // a table's contents could not be made; reported
+    MemberContents m_ReadBuffer; // for members that are looked into one after the other
+    bool m_TableFailed = false;  // a table's contents could not be made; reported
 };
 
 } // namespace arlib

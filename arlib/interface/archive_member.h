@@ -18,6 +18,11 @@
 #include "arlib/interface/contents_location.h"
 #include "elfext/interface/fast_array.h"
 
+namespace elfext {
+class ErrorHandler;
+class ObjectModule;
+} // namespace elfext
+
 namespace platform {
 class OutputFile;
 enum class CopyOutcome;
@@ -28,6 +33,7 @@ namespace arlib {
 class Archive;
 class ContentsReader;
 class Symbol;
+struct ContentsRegion;
 struct NameEntry;
 struct SourceFile;
 
@@ -46,6 +52,9 @@ public:
     // Changes the size; bytes up to the smaller of both sizes stay, new ones are undefined. False
     // if the memory cannot be had; the contents are then unchanged.
     bool resize(uint32_t size);
+
+    // Gives all memory back.
+    void release();
 
 private:
     uint32_t m_Allocated = 0;
@@ -136,6 +145,11 @@ public:
         return m_ContentsLocation ? &*m_ContentsLocation : nullptr;
     }
 
+    // Makes a module of the contents, with this handler for what is wrong with them, or null. The
+    // member must have a location; the module is named after it. Its bytes are shared with the
+    // archive: the module is good until the next member is read so, or this one's contents change.
+    bool readObjectModule(elfext::ObjectModule& module, elfext::ErrorHandler* handler);
+
     // Replaces the contents with a copy of size bytes.
     bool setContents(const void* bytes, uint32_t size);
 
@@ -162,13 +176,14 @@ private:
     friend class MemberIndex;
 
     MemberSymbols& symbolLists();
+    const uint8_t* viewContents(MemberContents& buffer);
     bool isWindowed() const;
     bool readThroughWindow(ContentsReader& reader, uint8_t* destination) const;
     const uint8_t* keptBytes() const;
     bool readFailed(int error) const;
     bool closeSource() const;
     bool loadContents(MemberContents& contents);
-    void takeRegion(std::shared_ptr<const SourceFile> source, uint64_t offset, uint32_t size);
+    void takeRegion(ContentsRegion region);
     void contentsChanged();
     void requireWritable() const;
 

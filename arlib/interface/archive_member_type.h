@@ -5,6 +5,8 @@
 // the contents.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <string>
 
 namespace attributes {
@@ -30,6 +32,10 @@ public:
     // Finds the type of a member that is no table.
     static const ArchiveMemberType* computeType(ArchiveMember& member);
 
+    // The same for contents of which these are the first recognisableSize bytes, or all.
+    static const ArchiveMemberType* typeOfHead(const uint8_t* bytes, size_t size);
+    static constexpr size_t recognisableSize = 64;
+
 protected:
     ~ArchiveMemberType() = default;
 };
@@ -53,6 +59,26 @@ protected:
     ~ObjectModuleArchiveMemberType() = default;
 };
 
+// ELF files: relocatable objects, and executables and shared objects too. What begins like one is
+// one; whether the rest is sound shows when it is read.
+class ElfImageArchiveMemberType final : public ObjectModuleArchiveMemberType {
+public:
+    // Looks at the contents in memory, or else at the start of those on disk. What cannot be read
+    // is none; that is not reported.
+    bool recognise(ArchiveMember& member) const override;
+
+    // Lists the names of the symbols of the static table that are defined and not local, with
+    // those of debug sections only if the archive says so, and behind them what the object's
+    // bitcode defines. The failure is the reader's sentence, or tells what is wrong with the
+    // bitcode.
+    bool getSymbols(ArchiveMember& member, SymbolNameList& names,
+                    std::string& failure) const override;
+
+    // Failures of the reader go to the archive's ELF error handler.
+    bool getBuildAttributes(ArchiveMember& member, attributes::FullAttr& result,
+                            bool fromSection) const override;
+};
+
 class UnknownArchiveMemberType final : public ArchiveMemberType {
 public:
     bool isAuxiliary() const override { return false; }
@@ -68,6 +94,7 @@ public:
     bool isAuxiliary() const override { return true; }
 };
 
+const ArchiveMemberType* getElfImageType();
 const ArchiveMemberType* getUnknownType();
 const ArchiveMemberType* getSymbolTableType();
 const ArchiveMemberType* getFileNameTableType();

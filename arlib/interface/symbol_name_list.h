@@ -14,14 +14,23 @@ public:
     explicit SymbolNameList(alloclib::Region* region) : m_Region(region), m_Names(region) {}
 
     // Appends a copy of the name, which lives as long as the region.
-    void add(std::string_view name) { m_Names.add(alloclib::copyString(*m_Region, name)); }
+    void add(std::string_view name) {
+        m_Names.add({alloclib::copyString(*m_Region, name), name.size()});
+    }
+
+    // Makes room for so many names in all.
+    void reserve(uint32_t count) { m_Names.reserve(count); }
+
+    // Forgets all names.
+    void clear() { m_Names.clear(); }
 
     uint32_t getSize() const { return m_Names.getSize(); }
-    const char* get(uint32_t index) const { return m_Names[index]; }
+    // A NUL stands behind the text.
+    std::string_view get(uint32_t index) const { return m_Names[index]; }
 
 private:
     alloclib::Region* m_Region;
-    elfext::fast_array<const char*> m_Names;
+    elfext::fast_array<std::string_view> m_Names;
 };
 
 } // namespace arlib

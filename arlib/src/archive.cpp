@@ -297,13 +297,13 @@ Archive::SourceFilePointer Archive::describeFile(const char* fileName,
 }
 
 size_t Archive::getProbeSize() const {
-    constexpr size_t recognisable = 64;
     static_assert(largestProbeSize == KeptBytes::largestFile);
-    return m_KeptByteCount < KeptBytes::largestSum ? largestProbeSize : recognisable;
+    return m_KeptByteCount < KeptBytes::largestSum ? largestProbeSize
+                                                   : ArchiveMemberType::recognisableSize;
 }
 
 // Tests a stretch against its file, and cuts it if the handler says to go on.
-bool Archive::acceptRegion(const char* memberName, FileRegion& region) {
+bool Archive::acceptRegion(const char* memberName, ContentsRegion& region) {
     const auto fileSize = static_cast<uint64_t>(region.source->status.size);
     const bool isInside = region.offset <= fileSize && region.size <= fileSize - region.offset;
     if (!isInside) {
@@ -316,6 +316,7 @@ bool Archive::acceptRegion(const char* memberName, FileRegion& region) {
         }
         region.offset = std::min(region.offset, fileSize);
         region.size = std::min(region.size, fileSize - region.offset);
+        region.type = nullptr;
     }
     if (region.size >= archiveSizeLimit) {
         if (m_ErrorHandler != nullptr) {
@@ -326,7 +327,7 @@ bool Archive::acceptRegion(const char* memberName, FileRegion& region) {
     return true;
 }
 
-ArchiveMember* Archive::appendFromRegion(const char* memberName, FileRegion region) {
+ArchiveMember* Archive::appendFromRegion(const char* memberName, ContentsRegion region) {
     if (!region.source || !acceptRegion(memberName, region)) {
         return nullptr;
     }
@@ -335,30 +336,31 @@ ArchiveMember* Archive::appendFromRegion(const char* memberName, FileRegion regi
                           std::move(region));
 }
 
-ArchiveMember* Archive::appendAccepted(const char* ownName, uint32_t length, FileRegion region) {
+ArchiveMember* Archive::appendAccepted(const char* ownName, uint32_t length,
+                                       ContentsRegion region) {
     ArchiveMember* member = appendMember(ownName, length);
-    member->takeRegion(std::move(region.source), region.offset, static_cast<uint32_t>(region.size));
+    member->takeRegion(std::move(region));
     return member;
 }
 
-bool Archive::replaceFromRegion(ArchiveMember* member, FileRegion region) {
+bool Archive::replaceFromRegion(ArchiveMember* member, ContentsRegion region) {
     if (!region.source || !acceptRegion(nullptr, region)) {
         return false;
     }
     member->dropLocation();
-    member->takeRegion(std::move(region.source), region.offset, static_cast<uint32_t>(region.size));
+    member->takeRegion(std::move(region));
     return true;
 }
 
-Archive::FileRegion Archive::wholeFile(SourceFilePointer source) {
+ContentsRegion Archive::wholeFile(SourceFilePointer source, std::span<const uint8_t> head) {
     const uint64_t size = source ? static_cast<uint64_t>(source->status.size) : 0;
-    return {std::move(source), 0, size};
+    return {std::move(source), 0, size, nullptr, head};
 }
 
-Archive::FileRegion Archive::regionOf(const ArchiveMember& member) {
+ContentsRegion Archive::regionOf(const ArchiveMember& member) {
     const ContentsLocation* location = member.getLocation();
     TOMEX_CHECK_TEXT(location != nullptr, "location != NULL");
-    return {location->getSource(), location->getOffset(), member.getSize()};
+    return {location->getSource(), location->getOffset(), member.getSize(), member.getType()};
 }
 
 ArchiveMember* Archive::addMemberFromFile(const char* fileName) {
@@ -369,14 +371,15 @@ ArchiveMember* Archive::addMemberFromFile(const char* fileName) {
 
 ArchiveMember* Archive::addMemberFromFile(const char* fileName, const platform::FileProbe& probe) {
     requireWritable();
-    return appendFromRegion(fileName, wholeFile(describeFile(fileName, probe)));
+    return appendFromRegion(fileName, wholeFile(describeFile(fileName, probe), probe.head));
 }
 
 ArchiveMember* Archive::addMemberFromFileRegion(const char* memberName, const char* fileName,
                                                 uint64_t offset, uint64_t size) {
     TOMEX_CHECK_TEXT(memberName != nullptr, "memberName != NULL");
     requireWritable();
-    return appendFromRegion(memberName, {describeFile(fileName), offset, size});
+    return appendFromRegion(memberName,
+                            {.source = describeFile(fileName), .offset = offset, .size = size});
 }
 
 ArchiveMember* Archive::addMemberFromFileRegion(const char* memberName,
@@ -388,7 +391,7 @@ ArchiveMember* Archive::addMemberFromFileRegion(const char* memberName,
 bool Archive::replaceMember(ArchiveMember* member, const char* fileName,
                             const platform::FileProbe& probe) {
     requireWritable();
-    return replaceFromRegion(member, wholeFile(describeFile(fileName, probe)));
+    return replaceFromRegion(member, wholeFile(describeFile(fileName, probe), probe.head));
 }
 
 bool Archive::replaceMember(ArchiveMember* member, const ArchiveMember& source) {

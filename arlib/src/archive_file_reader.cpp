@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstring>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -104,6 +105,7 @@ private:
     ContentsReader m_Reader;
     SourceFilePointer m_Source;
     MemberHeader m_Header = {};
+    std::span<const uint8_t> m_Head; // what follows the header, valid until the next read
     NameForm m_Form = NameForm::Short;
     std::optional<LongNames> m_LongNames;
     uint64_t m_Position = archiveMagicSize; // of the present header
@@ -152,7 +154,9 @@ bool ArchiveFileReader::Pass::readMembers() {
 
 ArchiveFileReader::Pass::Step ArchiveFileReader::Pass::readHeader() {
     size_t got = 0;
-    const uint8_t* bytes = m_Reader.viewSome(m_Position, memberHeaderSize, got);
+    // With what tells the member's type, which costs nothing beside the header.
+    constexpr size_t wanted = memberHeaderSize + ArchiveMemberType::recognisableSize;
+    const uint8_t* bytes = m_Reader.viewSome(m_Position, wanted, got);
     if (bytes == nullptr) {
         readFailed(errno);
         return Step::Failed;
@@ -171,6 +175,7 @@ ArchiveFileReader::Pass::Step ArchiveFileReader::Pass::readHeader() {
         return Step::Failed;
     }
     std::memcpy(&m_Header, bytes, memberHeaderSize);
+    m_Head = {bytes + memberHeaderSize, got - memberHeaderSize};
     m_Form = formOf(viewOf(m_Header.name));
     return Step::Done;
 }
@@ -283,7 +288,10 @@ bool ArchiveFileReader::Pass::takeLongName(uint32_t index, HeaderValues& values)
 }
 
 ArchiveMember* ArchiveFileReader::Pass::appendMember(const HeaderValues& values) {
-    Archive::FileRegion region{m_Source, m_Position + memberHeaderSize, values.size};
+    ContentsRegion region{.source = m_Source,
+                          .offset = m_Position + memberHeaderSize,
+                          .size = values.size,
+                          .head = m_Head};
     if (values.longName.data() == nullptr) {
         return m_Archive.appendFromRegion(values.name.c_str(), std::move(region));
     }

@@ -10,6 +10,9 @@
 #include "arlib/interface/contents_location.h"
 #include "arlib/src/contents_source.h"
 #include "arlib/src/temporary_copy.h"
+#include "elfext/interface/elf_object_module_reader.h"
+#include "elfext/interface/error_handler.h"
+#include "elfext/interface/object_module.h"
 #include "platform/interface/input_file.h"
 #include "platform/interface/internal_check.h"
 #include "platform/interface/output_file.h"
@@ -17,7 +20,14 @@
 namespace arlib {
 
 MemberContents::~MemberContents() {
+    release();
+}
+
+void MemberContents::release() {
     std::free(m_Bytes);
+    m_Bytes = nullptr;
+    m_Allocated = 0;
+    m_Used = 0;
 }
 
 bool MemberContents::resize(uint32_t size) {
@@ -183,6 +193,54 @@ bool ArchiveMember::loadContents(MemberContents& contents) {
     return closeSource();
 }
 
+// The bytes, wherever they are in memory already, or else in the buffer, which they are read into.
+// Null leaves errno; nothing is reported.
+const uint8_t* ArchiveMember::viewContents(MemberContents& buffer) {
+    if (m_Contents) {
+        return m_Contents->bytes();
+    }
+    const std::shared_ptr<const SourceFile>& source = m_ContentsLocation->getSource();
+    if (source->keptBytes != nullptr) {
+        // Whether the file is still the same matters when it is copied, and is asked then.
+        return source->keptBytes + m_ContentsLocation->getOffset();
+    }
+    ContentsReader* reader = m_Archive->m_Sources->open(source);
+    if (reader == nullptr) {
+        return nullptr;
+    }
+    if (isWindowed()) {
+        return reader->view(m_ContentsLocation->getOffset(), m_Size);
+    }
+    errno = ENOMEM;
+    const bool isRead = buffer.resize(m_Size) &&
+                        reader->read(buffer.bytes(), m_Size, m_ContentsLocation->getOffset());
+    const int error = errno;
+    m_Archive->m_Sources->release();
+    errno = error;
+    return isRead ? buffer.bytes() : nullptr;
+}
+
+bool ArchiveMember::readObjectModule(elfext::ObjectModule& module, elfext::ErrorHandler* handler) {
+    TOMEX_CHECK_TEXT(m_ContentsLocation.has_value(), "location != NULL");
+    const char* fileName = m_ContentsLocation->getFileName();
+    module.setErrorHandler(handler);
+    module.setFileName(fileName);
+    const char* archiveName = m_Archive->getFileName();
+    module.setMemberName(archiveName != nullptr ? archiveName : "", m_Name);
+    static constexpr uint8_t noBytes = 0;
+    const uint8_t* bytes = m_Size == 0 ? &noBytes : viewContents(m_Archive->m_ReadBuffer);
+    if (bytes == nullptr) {
+        const int error = errno;
+        if (handler != nullptr && error == ENOMEM) {
+            handler->outOfMemory(&module);
+        } else if (handler != nullptr) {
+            handler->ioErrorReading(&module, fileName, error);
+        }
+        return false;
+    }
+    return elfext::readElfBuffer(fileName, bytes, m_Size, &module, nullptr);
+}
+
 bool ArchiveMember::ensureContents() {
     if (m_Contents) {
         return true;
@@ -278,17 +336,23 @@ void ArchiveMember::contentsChanged() {
     m_Archive->m_ArchiveMemberOffsetsUpToDate = false;
 }
 
-void ArchiveMember::takeRegion(std::shared_ptr<const SourceFile> source, uint64_t offset,
-                               uint32_t size) {
-    const platform::FileStatus& status = source->status;
+void ArchiveMember::takeRegion(ContentsRegion region) {
+    const platform::FileStatus& status = region.source->status;
     m_Contents.reset();
     m_Date = status.date;
     m_Uid = static_cast<int32_t>(status.uid);
     m_Gid = static_cast<int32_t>(status.gid);
     m_Mode = status.mode;
-    m_Size = size;
-    m_ContentsLocation.emplace(this, std::move(source), false, offset);
-    m_Type = ArchiveMemberType::computeType(*this);
+    m_Size = static_cast<uint32_t>(region.size);
+    m_ContentsLocation.emplace(this, std::move(region.source), false, region.offset);
+    const size_t needed = std::min<size_t>(m_Size, ArchiveMemberType::recognisableSize);
+    if (region.type != nullptr) {
+        m_Type = region.type;
+    } else if (region.head.size() >= needed) {
+        m_Type = ArchiveMemberType::typeOfHead(region.head.data(), needed);
+    } else {
+        m_Type = ArchiveMemberType::computeType(*this);
+    }
     contentsChanged();
 }
 
@@ -320,7 +384,8 @@ bool ArchiveMember::replaceFromFile(const char* fileName) {
 
 bool ArchiveMember::replaceFromFileRegion(const char* fileName, uint64_t offset, uint64_t size) {
     requireWritable();
-    return m_Archive->replaceFromRegion(this, {m_Archive->describeFile(fileName), offset, size});
+    return m_Archive->replaceFromRegion(
+        this, {.source = m_Archive->describeFile(fileName), .offset = offset, .size = size});
 }
 
 bool ArchiveMember::clearContents() {

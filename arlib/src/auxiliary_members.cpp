@@ -9,6 +9,7 @@
 #include <cstring>
 #include <new>
 #include <string>
+#include <string_view>
 
 #include "arlib/interface/archive.h"
 #include "arlib/interface/archive_format.h"
@@ -25,7 +26,7 @@ namespace {
 struct SymbolOutput {
     explicit SymbolOutput(alloclib::Region* scratch) : names(scratch), members(scratch) {}
 
-    void add(const char* name, ArchiveMember* member) {
+    void add(std::string_view name, ArchiveMember* member) {
         names.add(name);
         members.add(member);
     }
@@ -33,13 +34,13 @@ struct SymbolOutput {
     // Bytes that the table takes.
     uint64_t tableSize() const {
         uint64_t size = symbolTableWord;
-        for (const char* name : names) {
-            size += symbolTableWord + std::strlen(name) + 1;
+        for (const std::string_view name : names) {
+            size += symbolTableWord + name.size() + 1;
         }
         return size;
     }
 
-    elfext::fast_array<const char*> names;
+    elfext::fast_array<std::string_view> names; // a NUL stands behind each
     elfext::fast_array<ArchiveMember*> members;
 };
 
@@ -85,9 +86,9 @@ void emitSymbols(const elfext::fast_array<HostingMember>& hosting, bool uniqueSy
     elfext::fast_hash_set<elfext::Stringlett> entered(scratch);
     for (const HostingMember& host : hosting) {
         for (uint32_t k = 0; k < host.names->getSize(); ++k) {
-            const char* name = host.names->get(k);
+            const std::string_view name = host.names->get(k);
             if (uniqueSymbols) {
-                const elfext::Stringlett key(name);
+                const elfext::Stringlett key(name.data());
                 if (entered.contains(key)) {
                     continue;
                 }
@@ -267,6 +268,7 @@ bool Archive::updateSymbolTable(alloclib::Region* scratch) {
     }
     elfext::fast_array<HostingMember> hosting(scratch);
     collectHostingMembers(*this, scratch, hosting);
+    m_ReadBuffer.release();
     if (hosting.getSize() == 0 && m_SymbolTableMode == SymbolTableMode_IfNeeded) {
         removeSymbolTable();
         return true;
@@ -287,10 +289,9 @@ bool Archive::updateSymbolTable(alloclib::Region* scratch) {
     for (const ArchiveMember* member : output.members) {
         destination = putBigEndian(destination, member->m_Offset);
     }
-    for (const char* name : output.names) {
-        const size_t length = std::strlen(name) + 1;
-        std::memcpy(destination, name, length);
-        destination += length;
+    for (const std::string_view name : output.names) {
+        std::memcpy(destination, name.data(), name.size() + 1);
+        destination += name.size() + 1;
     }
     m_SymbolTableUpToDate = true;
     return true;

@@ -11,12 +11,15 @@
 
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
 #include "platform/interface/input_file.h"
 
 namespace arlib {
+
+class ArchiveMemberType;
 
 // A file that holds contents of members, as it was when it was looked at.
 struct SourceFile {
@@ -36,6 +39,16 @@ struct KeptBytes {
 };
 
 using SourceFilePointer = std::shared_ptr<const SourceFile>;
+
+// Contents that a member is to get. What is known of them already spares a look at the file: their
+// type, or else their first bytes, which need to live during the call only.
+struct ContentsRegion {
+    SourceFilePointer source;
+    uint64_t offset = 0;
+    uint64_t size = 0;
+    const ArchiveMemberType* type = nullptr;
+    std::span<const uint8_t> head = {};
+};
 
 // An open file and the window on it. Failures leave errno, EIO where the file ended early.
 class ContentsReader {
