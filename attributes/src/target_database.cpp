@@ -157,14 +157,14 @@ bool isProcessorOrArchitectureRow(const FullAttr& value) {
     return (value.targetKind & (target_kind::ARCHITECTURE | target_kind::PROCESSOR)) != 0;
 }
 
-uint32_t findFirstFloatingPointRow(std::span<const Target> table) {
-    const auto row = std::find_if(table.begin(), table.end(), [](const Target& candidate) {
+uint32_t findFirstFloatingPointRow(std::span<const Target> rows) {
+    const auto row = std::find_if(rows.begin(), rows.end(), [](const Target& candidate) {
         return candidate.kind == target_kind::FLOATING_POINT_UNIT;
     });
-    if (row == table.end()) {
+    if (row == rows.end()) {
         platform::assertionFailed("Did not find any FPU's in procAndArchList");
     }
-    return static_cast<uint32_t>(row - table.begin());
+    return static_cast<uint32_t>(row - rows.begin());
 }
 
 uint32_t firstFloatingPointRow() {
