@@ -102,13 +102,11 @@ public:
         : m_State(state), m_Module(state.m_Module), m_IsSectionParsed(isSectionParsed) {}
 
     bool run() {
+        if (!spendNames()) {
+            return false;
+        }
         bool isFirst = true;
         for (Symbol* const symbol : m_Module.getSymbols()) {
-            // Names may share their bytes, so all of them together can be long.
-            const char* const name = symbol->getName();
-            if (name != nullptr && !m_State.spendSteps(std::strlen(name))) {
-                return false;
-            }
             if (!symbol->isBuildAttributesSymbol()) {
                 continue;
             }
@@ -128,6 +126,18 @@ public:
     }
 
 private:
+    // Names may share their bytes, so all of them together can be long: too long to be searched and
+    // sorted.
+    bool spendNames() {
+        for (const Symbol* const symbol : m_Module.getSymbols()) {
+            const char* const name = symbol->getName();
+            if (name != nullptr && !m_State.spendSteps(std::strlen(name))) {
+                return false;
+            }
+        }
+        return true;
+    }
+
     bool readSymbol(Symbol& symbol) {
         const std::string_view name(symbol.getName());
         if (name.starts_with(attributes::MarkerText)) {
