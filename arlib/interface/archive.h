@@ -141,7 +141,7 @@ public:
     // How many bytes of the next file a probe for these operations should read: enough to
     // recognise it, or all of a small one as long as there is room to keep it.
     size_t getProbeSize() const;
-    static constexpr size_t largestProbeSize = 8 << 10;
+    static constexpr size_t largestProbeSize = 32 << 10;
 
     // Appends a member whose contents are size bytes at offset of a file, with the file's date,
     // user, group and mode. A stretch that the file does not hold is reported; if the handler

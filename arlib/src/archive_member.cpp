@@ -140,12 +140,11 @@ bool ArchiveMember::readThroughWindow(ContentsReader& reader, uint8_t* destinati
     return true;
 }
 
-// The bytes that an earlier look at the file brought, if they are still the file's; else null.
+// The bytes that an earlier look at the file brought, or null.
 const uint8_t* ArchiveMember::keptBytes() const {
     const SourceFile& source = *m_ContentsLocation->getSource();
-    const bool isKept = source.keptBytes != nullptr &&
-                        platform::queryFile(source.name.c_str()).isSameState(source.status);
-    return isKept ? source.keptBytes + m_ContentsLocation->getOffset() : nullptr;
+    return source.keptBytes != nullptr ? source.keptBytes + m_ContentsLocation->getOffset()
+                                       : nullptr;
 }
 
 bool ArchiveMember::readFailed(int error) const {
@@ -199,12 +198,10 @@ const uint8_t* ArchiveMember::viewContents(MemberContents& buffer) {
     if (m_Contents) {
         return m_Contents->bytes();
     }
-    const std::shared_ptr<const SourceFile>& source = m_ContentsLocation->getSource();
-    if (source->keptBytes != nullptr) {
-        // Whether the file is still the same matters when it is copied, and is asked then.
-        return source->keptBytes + m_ContentsLocation->getOffset();
+    if (const uint8_t* kept = keptBytes(); kept != nullptr) {
+        return kept;
     }
-    ContentsReader* reader = m_Archive->m_Sources->open(source);
+    ContentsReader* reader = m_Archive->m_Sources->open(m_ContentsLocation->getSource());
     if (reader == nullptr) {
         return nullptr;
     }

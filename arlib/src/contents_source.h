@@ -30,12 +30,13 @@ struct SourceFile {
     const uint8_t* keptBytes = nullptr;
 };
 
-// Small files are looked at once to be recognised and again to be written. What the first look read
-// is kept for the second, up to so many bytes in all, and used if the file is still in the same
-// state then: a look at its status costs a third of opening, reading and closing it.
+// A file is looked at to be recognised, to find its symbols, and to be written. What the first look
+// reads of a small file is kept for the others, up to so many bytes in all: opening, reading and
+// closing files is most of the cost of making an archive of many. The archive then holds just the
+// bytes whose symbols its table lists, whatever has become of the file meanwhile.
 struct KeptBytes {
-    static constexpr uint64_t largestFile = 8 << 10;
-    static constexpr uint64_t largestSum = 16 << 20;
+    static constexpr uint64_t largestFile = 32 << 10;
+    static constexpr uint64_t largestSum = 128 << 20;
 };
 
 using SourceFilePointer = std::shared_ptr<const SourceFile>;

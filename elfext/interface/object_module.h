@@ -103,7 +103,9 @@ public:
     void releaseImages();
     // A text for an object of this module: itself if it lies in an image, otherwise a copy in the
     // object region. Null stays null.
-    const char* keepText(const char* text);
+    const char* keepText(const char* text) {
+        return m_ReadImage.contains(text) || m_OwnImage.contains(text) ? text : copyText(text);
+    }
 
     // --- The file. Texts are copied and may be null.
 
@@ -193,7 +195,10 @@ public:
     // --- Sections
 
     uint32_t getSectionCount() const { return m_Sections.getSize(); }
-    Section* getSection(uint32_t index) const;
+    Section* getSection(uint32_t index) const {
+        TOMEX_CHECK(index < m_Sections.getSize());
+        return m_Sections[index];
+    }
     uint32_t getSectionIndex(const Section* section) const;
     const SectionArray& getSections() const { return m_Sections; }
     // Moves a section; those between its old and its new place make room.
@@ -405,7 +410,8 @@ private:
     Symbol* makeHosted(const SymbolFields& fields, Section* section, uint64_t offset,
                        bool isDynamic);
     void sortSymbolLists();
-    void enterComdatGroup(Group* group);
+    void enterComdatGroup(Group* group) const;
+    void enterPendingGroups() const;
     void leaveComdatGroup(Group* group);
     void dropAllDeferredContents();
     void clearLists();
@@ -485,7 +491,10 @@ private:
     SymbolArray m_DynamicSymbolsSortedByAddress;
     SymbolArray m_SymbolsSortedByName;
     SymbolArray m_DynamicSymbolsSortedByName;
-    GroupTable m_MapSignaturesToComdatGroups;
+    // The table is filled in when somebody asks it first. Until then the last groups of the module,
+    // so many, are not in it.
+    mutable GroupTable m_MapSignaturesToComdatGroups;
+    mutable uint32_t m_PendingGroupCount = 0;
     GroupTable m_MapNamesToGroups; // for groups that are found by name; none is entered here
     FileVersionDefinition* m_FileVersionDefinition = nullptr;
     Image m_ReadImage;

@@ -75,7 +75,7 @@ LowLevelStatus readSectionHeaders(ReadState& state) {
     if (status != LowLevelStatus_Good) {
         return status;
     }
-    state.m_SectionHeaders = state.takeTable<Elf64_Shdr>(count);
+    state.m_SectionHeaders = state.takeRoom<Elf64_Shdr>(count);
     return lowlevel::readSectionHeaders(state.m_ElfHeader, count, state.m_SectionHeaders.data());
 }
 
@@ -91,7 +91,7 @@ LowLevelStatus readProgramHeaders(ReadState& state) {
     if (status != LowLevelStatus_Good) {
         return status;
     }
-    state.m_ProgramHeaders = state.takeTable<Elf64_Phdr>(count);
+    state.m_ProgramHeaders = state.takeRoom<Elf64_Phdr>(count);
     state.m_IsSegmentFetched = state.takeTable<bool>(count);
     TOMEX_CHECK_TEXT(state.segmentCount() < programHeaderLimit,
                      "segmentHeaderTable.getSize() < 0xFFFF");

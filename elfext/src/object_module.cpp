@@ -73,13 +73,6 @@ void ObjectModule::releaseImages() {
     adoptImage(nullptr, 0);
 }
 
-const char* ObjectModule::keepText(const char* text) {
-    if (text == nullptr || m_OwnImage.contains(text) || m_ReadImage.contains(text)) {
-        return text;
-    }
-    return alloclib::copyString(*getObjectRegion(), text);
-}
-
 // The names of the file and the object outlive images.
 const char* ObjectModule::copyText(const char* text) {
     return text != nullptr ? alloclib::copyString(*getObjectRegion(), text) : nullptr;
@@ -229,6 +222,7 @@ void ObjectModule::clearLists() {
     m_RawDataBlocks.clear();
     m_DebugOverlayRecords.clear();
     m_MapSignaturesToComdatGroups.clear();
+    m_PendingGroupCount = 0;
     m_MapNamesToGroups.clear();
 }
 

@@ -44,11 +44,6 @@ void ObjectModule::move(fast_array<Kind*>& list, uint32_t from, uint32_t to) {
 
 // --- Sections
 
-Section* ObjectModule::getSection(uint32_t index) const {
-    TOMEX_CHECK(index < m_Sections.getSize());
-    return m_Sections[index];
-}
-
 uint32_t ObjectModule::getSectionIndex(const Section* section) const {
     TOMEX_CHECK_TEXT(section != nullptr, "section != NULL");
     TOMEX_CHECK(section->m_ObjectModule == this);
@@ -156,6 +151,7 @@ uint32_t ObjectModule::getGroupIndex(const Group* group) const {
 void ObjectModule::setGroupIndex(Group* group, uint32_t index) {
     TOMEX_CHECK(index < m_Groups.getSize());
     changeStructure();
+    enterPendingGroups();
     move(m_Groups, getGroupIndex(group), index);
 }
 

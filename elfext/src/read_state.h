@@ -83,11 +83,14 @@ public:
     }
     template <typename Element>
     static std::span<Element> takeTable(alloclib::Region& region, uint64_t count) {
-        static_assert(std::is_trivially_copyable_v<Element>);
-        const uint64_t bytes = count * sizeof(Element);
-        void* const block = alloclib::allocate(region, bytes, alignof(Element));
-        std::memset(block, 0, static_cast<size_t>(bytes));
-        return {static_cast<Element*>(block), static_cast<size_t>(count)};
+        const std::span<Element> table = takeRoom<Element>(region, count);
+        std::memset(static_cast<void*>(table.data()), 0, table.size_bytes());
+        return table;
+    }
+    // The same for elements that are all set before they are looked at.
+    template <typename Element>
+    std::span<Element> takeRoom(uint64_t count) {
+        return takeRoom<Element>(m_Region, count);
     }
 
     // What a report costs in steps, where a file can cause more of them than it has bytes.
@@ -99,6 +102,13 @@ public:
     bool spendSteps(uint64_t steps) { return spend(m_SpentSteps, steps, StepsPerByte, FreeSteps); }
 
 private:
+    template <typename Element>
+    static std::span<Element> takeRoom(alloclib::Region& region, uint64_t count) {
+        static_assert(std::is_trivially_copyable_v<Element>);
+        void* const block = alloclib::allocate(region, count * sizeof(Element), alignof(Element));
+        return {static_cast<Element*>(block), static_cast<size_t>(count)};
+    }
+
     static constexpr uint64_t BytesPerByte = 8;
     static constexpr uint64_t FreeBytes = 0x100000;
     static constexpr uint64_t StepsPerByte = 16;

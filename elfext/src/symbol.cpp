@@ -30,31 +30,12 @@ SymbolKind getSymbolKind(const char* name) {
     return std::strchr("bfpv", name[1]) != nullptr ? SymbolKind_SecondMapping : SymbolKind_Ordinary;
 }
 
-Symbol::Symbol(ObjectModule* objectModule, const char* name, uint64_t size, uint32_t type,
-               uint32_t binding, uint32_t visibility, bool isDynamic)
-    : ObjectWithBuildAttributes(objectModule, objectModule->getBuildAttributesCache()),
-      m_IsDynamic(isDynamic), m_Name(objectModule->keepText(name)), m_Size(size), m_Type(type),
-      m_Binding(binding), m_Visibility(visibility) {
-}
-
 void Symbol::getParentBuildAttributes(attributes::BuildAttributes& result) const {
     if (m_Category == Category_Hosted) {
         m_Value.m_Section->getBuildAttributes(result);
     } else {
         m_ObjectModule->getBuildAttributes(result);
     }
-}
-
-void Symbol::markChanged() {
-    m_ObjectModule->markChanged();
-}
-
-void Symbol::markListsUnsorted() {
-    m_ObjectModule->m_SymbolListsSorted = false;
-    if (m_Category == Category_Hosted) {
-        m_Value.m_Section->m_HostedSymbolListsSorted = false;
-    }
-    markChanged();
 }
 
 void Symbol::setName(const char* name) {
@@ -159,37 +140,9 @@ bool Symbol::isBuildAttributesSymbol() const {
 
 // --- Category
 
-fast_array<Symbol*>& Symbol::categoryList() {
-    return m_Category == Category_Hosted ? m_Value.m_Section->hostedList(m_IsDynamic)
-                                         : m_ObjectModule->categoryList(m_Category, m_IsDynamic);
-}
-
 void Symbol::leaveList() {
     markListsUnsorted();
     categoryList().removeValue(this);
-}
-
-void Symbol::enterList() {
-    categoryList().add(this);
-    markListsUnsorted();
-}
-
-// The first place of a new symbol, which is undefined and in no list yet.
-void Symbol::settle(Category category, uint64_t value) {
-    TOMEX_CHECK(m_Category == Category_Undefined);
-    m_Category = category;
-    m_Value.m_Number = value;
-    enterList();
-}
-
-void Symbol::settleIn(Section* section, uint64_t offset) {
-    TOMEX_CHECK(m_Category == Category_Undefined);
-    TOMEX_CHECK_TEXT(section != nullptr, "section != NULL");
-    TOMEX_CHECK(section->getObjectModule() == m_ObjectModule);
-    m_Category = Category_Hosted;
-    m_Value.m_Section = section;
-    m_Offset = offset;
-    enterList();
 }
 
 // In between, a symbol that moves is as good as new.

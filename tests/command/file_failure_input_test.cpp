@@ -26,22 +26,28 @@ protected:
     }
 };
 
-TEST_F(FileFailureInput, FileThatVanishesBeforeItIsCopied) {
-    EXPECT_TRUE(ended(with({"@open:path=lib.a.0:nth=1:delete=a.o"}), 1, "",
-                      rebuilt(reading(ENOENT) + writing(ENOENT))));
-    EXPECT_EQ(folder.entries(), (Words{"c.o", "lib.a"}));
-    EXPECT_TRUE(folder.read("lib.a") == oldBytes());
+// A small file is read once. Whatever becomes of it then, the archive gets the bytes whose symbols
+// its table lists.
+TEST_F(FileFailureInput, SmallFileIsCopiedAsItWasLookedAt) {
+    for (const char* change : {"delete=a.o", "truncate=a.o,4", "truncate=a.o,0",
+                               "truncate=a.o,5000", "replace=a.o,a.new"}) {
+        setScene();
+        file("a.new", "n e w", 2000);
+        EXPECT_TRUE(
+            ended(with({std::string("@open:path=lib.a.0:nth=1:") + change}), 0, "", rebuilt("")));
+        EXPECT_EQ(contents("a.o"), "new a") << change;
+        EXPECT_EQ(archive().find("a.o")->date, 1000U) << change;
+    }
 }
 
-TEST_F(FileFailureInput, LargeFileThatVanishesBeforeItIsCopied) {
+TEST_F(FileFailureInput, FileThatVanishesBeforeItIsCopied) {
     EXPECT_TRUE(ended(with({"@open:path=lib.a.0:nth=1:delete=c.o"}), 1, "",
                       rebuilt(reading(ENOENT) + writing(ENOENT))));
     EXPECT_TRUE(folder.read("lib.a") == oldBytes());
 }
 
 TEST_F(FileFailureInput, FileThatShrinksBeforeItIsCopied) {
-    for (const char* change : {"truncate=a.o,4", "truncate=a.o,0", "truncate=c.o,100000",
-                               "truncate=c.o,5", "truncate=c.o,0"}) {
+    for (const char* change : {"truncate=c.o,100000", "truncate=c.o,5", "truncate=c.o,0"}) {
         setScene();
         EXPECT_TRUE(ended(with({std::string("@open:path=lib.a.0:nth=1:") + change}), 1, "",
                           rebuilt(reading(EIO) + writing(EIO))));
@@ -50,20 +56,13 @@ TEST_F(FileFailureInput, FileThatShrinksBeforeItIsCopied) {
 }
 
 TEST_F(FileFailureInput, FileThatGrowsIsCopiedAsFarAsItWasMeasured) {
-    EXPECT_TRUE(ended(with({"@open:path=lib.a.0:nth=1:truncate=a.o,5000",
-                            "@open:path=lib.a.0:nth=1:truncate=c.o,200000"}),
-                      0, "", rebuilt("")));
-    EXPECT_EQ(contents("a.o"), "new a");
+    EXPECT_TRUE(ended(with({"@open:path=lib.a.0:nth=1:truncate=c.o,200000"}), 0, "", rebuilt("")));
     EXPECT_TRUE(contents("c.o") == large('c'));
 }
 
 TEST_F(FileFailureInput, FileRewrittenBeforeItIsCopiedGivesItsNewBytes) {
-    file("a.new", "n e w", 2000);
     file("c.new", large('n'), 2000);
-    EXPECT_TRUE(ended(with({"@open:path=lib.a.0:nth=1:replace=a.o,a.new",
-                            "@open:path=lib.a.0:nth=1:replace=c.o,c.new"}),
-                      0, "", rebuilt("")));
-    EXPECT_EQ(contents("a.o"), "n e w");
+    EXPECT_TRUE(ended(with({"@open:path=lib.a.0:nth=1:replace=c.o,c.new"}), 0, "", rebuilt("")));
     EXPECT_TRUE(contents("c.o") == large('n'));
     EXPECT_EQ(archive().find("c.o")->date, 1000U); // as it was when the file was looked at
 }

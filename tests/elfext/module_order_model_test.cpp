@@ -9,6 +9,7 @@ using ModuleOrderTest = ModelTest;
 using ModuleOrderDeathTest = ModelTest;
 
 constexpr const char* lookup = "elfext/src/object_module_lookup";
+constexpr const char* header = "elfext/interface/object_module";
 
 TEST_F(ModuleOrderTest, SectionsMoveAndTheOthersMakeRoom) {
     Section* const a = makeSection("a");
@@ -52,7 +53,7 @@ TEST_F(ModuleOrderDeathTest, SectionsThatAreNotThere) {
     ObjectModule other;
     Section* const foreign = other.createSection("x", 1, 0);
     Section* const own = makeSection();
-    EXPECT_FAULT(module().getSection(1), lookup, "index < m_Sections.getSize()");
+    EXPECT_FAULT(module().getSection(1), header, "index < m_Sections.getSize()");
     EXPECT_FAULT(module().getSectionIndex(nullptr), lookup, "section != NULL");
     EXPECT_FAULT(module().getSectionIndex(foreign), lookup, "section->m_ObjectModule == this");
     EXPECT_FAULT(module().setSectionIndex(own, 1), lookup, "index < m_Sections.getSize()");

@@ -9,6 +9,7 @@ using SymbolTest = ModelTest;
 using SymbolDeathTest = ModelTest;
 
 constexpr const char* source = "elfext/src/symbol";
+constexpr const char* creation = "elfext/src/symbol_creation";
 
 TEST_F(SymbolTest, AConstructedSymbolIsUndefined) {
     const Symbol symbol(&module(), "f", 1, 2, 3, 1, true);
@@ -167,9 +168,9 @@ TEST_F(SymbolDeathTest, AHostIsASectionOfTheSameModule) {
     ObjectModule other;
     Section* const foreign = other.createSection("x", 1, 0);
     Symbol* const symbol = module().createUndefinedSymbol(named("u"));
-    EXPECT_FAULT(symbol->makeHosted(foreign, 0), source,
+    EXPECT_FAULT(symbol->makeHosted(foreign, 0), creation,
                  "section->getObjectModule() == m_ObjectModule");
-    EXPECT_FAULT(module().createHostedSymbol(named("h"), nullptr, 0), source, "section != NULL");
+    EXPECT_FAULT(module().createHostedSymbol(named("h"), nullptr, 0), creation, "section != NULL");
 }
 
 TEST_F(SymbolTest, AddressesComeFromValuesAndSections) {
