@@ -141,7 +141,7 @@ public:
     // How many bytes of the next file a probe for these operations should read: enough to
     // recognise it, or all of a small one as long as there is room to keep it.
     size_t getProbeSize() const;
-    static constexpr size_t largestProbeSize = 32 << 10;
+    static constexpr size_t largestProbeSize = 8 << 10;
 
     // Appends a member whose contents are size bytes at offset of a file, with the file's date,
     // user, group and mode. A stretch that the file does not hold is reported; if the handler
@@ -193,6 +193,7 @@ private:
     const char* copyName(const char* name);
     SourceFilePointer describeFile(const char* fileName);
     SourceFilePointer describeFile(const char* fileName, const platform::FileProbe& probe);
+    const uint8_t* keepBytes(std::span<const uint8_t> bytes);
     std::shared_ptr<SourceFile> acceptFile(const char* fileName, const platform::FileStatus& status,
                                            int error);
     bool acceptRegion(const char* memberName, ContentsRegion& region);
@@ -257,6 +258,7 @@ private:
     std::unique_ptr<MemberIndex> m_MemberIndex; // null until a member is looked up by name
     std::unique_ptr<ContentsSources> m_Sources;
     uint64_t m_KeptByteCount = 0;
+    std::span<uint8_t> m_KeptBytesRoom; // for those to come
     MemberContents m_ReadBuffer; // for members that are looked into one after the other
     bool m_TableFailed = false;  // a table's contents could not be made; reported
 };

@@ -289,11 +289,22 @@ Archive::SourceFilePointer Archive::describeFile(const char* fileName,
     if (isWhole && size <= KeptBytes::largestFile &&
         m_KeptByteCount + size <= KeptBytes::largestSum) {
         m_KeptByteCount += size;
-        auto* bytes = static_cast<uint8_t*>(alloclib::allocate(*m_ObjectRegion.get(), size, 1));
-        std::memcpy(bytes, probe.head.data(), size);
-        source->keptBytes = bytes;
+        source->keptBytes = keepBytes(probe.head);
     }
     return source;
+}
+
+// Copies the bytes to where others are kept already. They are taken from the region in pieces that
+// no other object shares, so that little is lost between them.
+const uint8_t* Archive::keepBytes(std::span<const uint8_t> bytes) {
+    if (bytes.size() > m_KeptBytesRoom.size()) {
+        void* const room = alloclib::allocate(*m_ObjectRegion.get(), KeptBytes::piece, 1);
+        m_KeptBytesRoom = {static_cast<uint8_t*>(room), KeptBytes::piece};
+    }
+    uint8_t* const kept = m_KeptBytesRoom.data();
+    std::memcpy(kept, bytes.data(), bytes.size());
+    m_KeptBytesRoom = m_KeptBytesRoom.subspan(bytes.size());
+    return kept;
 }
 
 size_t Archive::getProbeSize() const {

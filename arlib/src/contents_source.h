@@ -35,8 +35,9 @@ struct SourceFile {
 // closing files is most of the cost of making an archive of many. The archive then holds just the
 // bytes whose symbols its table lists, whatever has become of the file meanwhile.
 struct KeptBytes {
-    static constexpr uint64_t largestFile = 32 << 10;
-    static constexpr uint64_t largestSum = 128 << 20;
+    static constexpr uint64_t largestFile = 8 << 10;
+    static constexpr uint64_t largestSum = 24 << 20;
+    static constexpr size_t piece = 256 << 10; // what is taken of the region at a time
 };
 
 using SourceFilePointer = std::shared_ptr<const SourceFile>;
