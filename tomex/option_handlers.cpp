@@ -11,6 +11,7 @@
 #include "platform/interface/tool_identity.h"
 #include "tomex/command_state.h"
 #include "tomex/option_table.h"
+#include "tomex/shown_command_line.h"
 
 namespace tomex {
 namespace {
@@ -144,8 +145,12 @@ bool TomexListener::parameterSet(Parameters& parameters, uint32_t parameter, uin
     }
 }
 
-void processOptions(const Parameters& parameters) {
+void processOptions(tabledrivenparser::Parser& parser, const char* toolName) {
+    const Parameters& parameters = parser.parameters();
     CommandState& state = commandState();
+    if (parameters.boolValue(Slot_ShowCommandLine)) {
+        showCommandLine(parser, toolName);
+    }
     takeGeneralOptions(parameters, state);
     takeActions(parameters, state);
     takePosition(parameters, state);

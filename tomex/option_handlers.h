@@ -4,7 +4,7 @@
 #include "messages/interface/locale_listener.h"
 #include "messages/interface/msg_lib_listener.h"
 #include "tabledrivenparser/interface/listener.h"
-#include "tabledrivenparser/interface/parameters.h"
+#include "tabledrivenparser/interface/parser.h"
 
 namespace tomex {
 
@@ -23,7 +23,8 @@ private:
 };
 
 // Reads the slots in their fixed order and fills commandState(): the outcome does not depend on
-// the order of the command line. --version_number ends the process here.
-void processOptions(const tabledrivenparser::Parameters& parameters);
+// the order of the command line. `toolName` is the name under which the program was called.
+// --version_number ends the process here.
+void processOptions(tabledrivenparser::Parser& parser, const char* toolName);
 
 } // namespace tomex

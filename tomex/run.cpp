@@ -274,7 +274,7 @@ void run(int argc, char** argv) {
         std::span<const char* const>(argv + 1, static_cast<size_t>(wordCount)));
     parser.parseWords(words);
     const Parameters& parameters = parser.parameters();
-    processOptions(parameters);
+    processOptions(parser, toolName);
     if (hasErrors()) {
         return;
     }

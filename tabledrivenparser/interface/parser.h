@@ -20,6 +20,7 @@
 #include "tabledrivenparser/interface/owned_memory.h"
 #include "tabledrivenparser/interface/parameters.h"
 #include "tabledrivenparser/interface/reporter.h"
+#include "tabledrivenparser/interface/trace_hook.h"
 #include "tabledrivenparser/interface/word_source.h"
 
 #include <cstdint>
@@ -87,7 +88,19 @@ public:
     uint32_t viaDepth() const { return m_viaDepth; }
     void setViaDepth(uint32_t depth) { m_viaDepth = depth; }
 
+    // Who is told what the parser does; null, as it is at first, for nobody. Must outlive the
+    // parser.
+    void setTraceHook(TraceHook* hook) { m_traceHook = hook; }
+    TraceHook* traceHook() const { return m_traceHook; }
+    // Tells the hook, if there is one; for the library's own use.
+#if defined(__GNUC__)
+    __attribute__((format(printf, 2, 3)))
+#endif
+    void
+    trace(const char* format, ...) const;
+
 private:
+    MatchString searchOption(const char* text, uint32_t dashes);
     bool isLeftAlone(const OptionUse& use) const;
     bool settleArgument(OptionUse& use);
     bool admitToChain(const OptionUse& use, const MatchChain& chain);
@@ -101,6 +114,7 @@ private:
     Reporter& m_reporter;
     uint32_t m_endOfOptions = 0;
     uint32_t m_viaDepth = 0;
+    TraceHook* m_traceHook = nullptr;
 };
 
 } // namespace tabledrivenparser

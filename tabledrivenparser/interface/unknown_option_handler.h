@@ -8,6 +8,7 @@
 namespace tabledrivenparser {
 
 class Parser;
+struct TextBuffer;
 
 class UnknownOptionHandler {
 public:
@@ -17,6 +18,9 @@ public:
     // the word means nothing here either.
     virtual uint32_t handle(Parser& parser, const OptionRow* row, uint32_t dashes, const char* text,
                             const char* nextWord) = 0;
+    // Writes the options that it has handled into `buffer`, where the command line is shown.
+    // Nothing, unless a handler knows better.
+    virtual void describe(Parser& /*parser*/, TextBuffer& /*buffer*/) {}
 
 protected:
     UnknownOptionHandler() = default;

@@ -130,6 +130,15 @@ void warnOfSpelling(const OptionTable& options, Reporter& reporter, const MatchS
 } // namespace
 
 MatchString Parser::findOption(const char* text, uint32_t dashes) {
+    trace("    (Searching for '%s').", text);
+    MatchString match = searchOption(text, dashes);
+    if (match.row != nullptr) {
+        trace(" (Found '%s').", match.row->name);
+    }
+    return match;
+}
+
+MatchString Parser::searchOption(const char* text, uint32_t dashes) {
     if (dashes == 0) {
         if (m_options.rowCount == 0 || !isPositional(m_options.rows[0])) {
             return {};

@@ -2,10 +2,10 @@
 
 #include "tabledrivenparser/interface/call_back_parameter.h"
 #include "tabledrivenparser/interface/parser_messages.h"
+#include "tabledrivenparser/interface/via_reading.h"
 #include "tabledrivenparser/src/enum_choice.h"
 #include "tabledrivenparser/src/number_text.h"
 #include "tabledrivenparser/src/value_store.h"
-#include "tabledrivenparser/src/via_file.h"
 
 #include <cstring>
 

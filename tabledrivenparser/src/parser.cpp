@@ -136,6 +136,9 @@ uint32_t Parser::parseOption(const char* text, const char* nextWord, uint32_t da
         if (!settleArgument(use)) {
             return 0;
         }
+        if (use.takesArgument) {
+            trace(" (Argument '%s').", use.argument);
+        }
         if (chain != nullptr && !admitToChain(use, *chain)) {
             return 0;
         }
@@ -151,6 +154,7 @@ uint32_t Parser::parseOption(const char* text, const char* nextWord, uint32_t da
         if (chain == nullptr) {
             chain = &ownChain;
         }
+        trace("single char option: %c RETRY: %s\n", match.row->name[0], match.rest);
         chain->append(makeInDefaultRegion<MatchString>(match));
         text = match.rest;
     }

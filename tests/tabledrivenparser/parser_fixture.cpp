@@ -15,14 +15,22 @@ const char* messageText(uint32_t key) {
     static const std::map<uint32_t, const char*> texts = {
         {23131082, "Unrecognized option '%s%s'."},
         {23131098, "Missing argument for option '%s'."},
+        {23131114, "Recursive via file inclusion depth of %d reached in file '%s'."},
         {23131130, "Argument '%s' not permitted for option '%s'."},
+        {23131146, "Could not open via file '%s'."},
+        {23131162, "Error when reading from via file '%s'."},
+        {23131178, "Malformed via file '%s'."},
+        {23131194, "Via file '%s' command too long for buffer."},
         {23131210, "Overflow: '%s' will not fit in an integer."},
         {23131236, "Old syntax, please use '%s%s%s%s'."},
         {23131268, "Option '%s' is deprecated."},
+        {23131284, "Could not close via file '%s'."},
         {23131298, "The following arguments to option '%s' can be selected:\n %s"},
         {23131316, "Argument '%s' to option '%s' is deprecated"},
         {23131338, "Unexpected argument for option '%s%s'"},
         {23131354, "Concatenated options cannot have arguments: -%s %s"},
+        {23131370, "'\\0' character found in via file '%s' - possible binary file.  "
+                   "Aborting via file parse."},
         {23131378, "Possible matches for '%s' include '%s' and '%s'."},
         {23131396, "Option '-%s' repeated in concatenated options '-%s%s%s'."},
     };
