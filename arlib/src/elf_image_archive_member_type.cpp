@@ -34,6 +34,7 @@ bool isDefinedForOthers(const elfext::Symbol& symbol, bool debugSymbols) {
 
 void listSymbols(const elfext::ObjectModule& module, bool debugSymbols, SymbolNameList& names) {
     names.clear();
+    names.reserve(module.getSymbolCount() + 1);
     for (const elfext::Symbol* symbol : module.getSymbols()) {
         const char* name = symbol->getName();
         if (name != nullptr && *name != '\0' && isDefinedForOthers(*symbol, debugSymbols)) {

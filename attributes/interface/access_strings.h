@@ -17,6 +17,11 @@ using AccessWords = uint16_t[4];
 // holds no item.
 void applyAccessString(AccessWords& access, const char* text);
 
+// Whether objects of a `Tag_CPU_arch` may access memory without alignment by default.
+constexpr bool allowsUnalignedAccess(uint32_t arch) {
+    return (arch >= 6 && arch <= 17) || (arch >= 21 && arch <= 23);
+}
+
 // The forms that an object may use by default: by its `Tag_CPU_arch`.
 void defaultAccess(uint32_t arch, AccessWords& access);
 

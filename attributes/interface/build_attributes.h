@@ -115,11 +115,11 @@ public:
     std::unique_ptr<NumericTagTable> otherNumericTags;                 // may be null
     std::unique_ptr<StringTagTable> otherStringTags;                   // may be null
 
-    // The parts of `setTag` that a merge does again for tags that it took over: the entry of
-    // "QEL" that stands for two tags, and the alignment that follows from two others.
+    // The parts of `setTag` that a merge does again for tags that it took over, and a conversion
+    // for tags that it set: the entry of "QEL" that stands for two tags, and the alignment that
+    // follows from two others, which makes `fullAttr` stale.
     void updateQelCompatibility();
-    void updateAlignmentForRequire8();
-    void updateAlignmentForEba();
+    void updateAlignmentNeeded();
 };
 
 } // namespace attributes

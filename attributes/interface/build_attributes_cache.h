@@ -3,7 +3,9 @@
 // Most sections and symbols of a module have equal attributes, so each distinct record is kept
 // once, and objects point to it. The same holds for the raw blocks of bytes that the records were
 // decoded from, and for vendor names. All of it lies in a region of the module and is never given
-// back before the module goes.
+// back before the module goes: what was interned for one file is met again by the next file that is
+// read into the same module. Required: records stay good as long as their module, whatever becomes
+// of the objects that had them.
 #pragma once
 
 #include "alloclib/interface/region.h"
@@ -71,6 +73,8 @@ public:
 
     // The cache's own copy of a name. `vendorName` is not null.
     const char* internVendorName(const char* vendorName);
+    // The same, or null if there is none yet.
+    const char* findVendorName(const char* vendorName) const;
 
     // The block with this vendor name and these bytes, which are copied the first time. Neither
     // pointer is null. Asking with the name and the bytes of a block that is interned already is

@@ -31,7 +31,8 @@ struct CompatibilityTag {
     const char* vendorName = nullptr;
 };
 
-// Entries in order of arrival, no two of them equal. Adding is independent of the length.
+// Entries in order of arrival, no two of them equal. Adding is independent of the length, and so is
+// a removal that finds nothing or the last entry.
 class CompatibilityTagList {
 public:
     CompatibilityTagList() = default;
@@ -57,8 +58,6 @@ public:
     // Takes out all entries of a vendor, and says how many there were.
     uint32_t removeVendor(const char* vendorName);
 
-    void clear();
-
     // Lets the entry at `index` refer to another copy of its name.
     void setVendorName(uint32_t index, const char* vendorName);
 
@@ -71,9 +70,10 @@ private:
     static constexpr uint32_t UnindexedCount = 16;
 
     void makeIndex();
+    bool isThere(const CompatibilityTag& entry);
 
     elfext::array<CompatibilityTag> m_Entries;
-    // All entries; made by the first `add` to a list that is long.
+    // All entries; made by the first `add` to a list that is long, or `remove` from it.
     std::unique_ptr<elfext::hash_set<CompatibilityTag>> m_Index;
 };
 

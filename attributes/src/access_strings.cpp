@@ -111,7 +111,7 @@ void defaultAccess(uint32_t arch, AccessWords& access) {
     if (arch == 0) {
         setWords(access, OldestForms);
         access[0] = static_cast<uint16_t>(access[0] + MoreOfCode);
-    } else if ((arch >= 6 && arch <= 17) || (arch >= 21 && arch <= 23)) {
+    } else if (allowsUnalignedAccess(arch)) {
         setWords(access, UnalignedForms);
     } else {
         setWords(access, AlignedForms);

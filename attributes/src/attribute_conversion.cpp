@@ -92,7 +92,7 @@ public:
         setEba();
         setPrefetch();
         setTypeSizes();
-        setAlignmentNeeded();
+        m_Record.updateAlignmentNeeded();
         m_Record.updateQelCompatibility();
     }
 
@@ -292,14 +292,6 @@ private:
         }
         if (hasOption(option_bit::WCHAR32)) {
             put(Tag_ABI_PCS_wchar_t, 4U);
-        }
-    }
-
-    void setAlignmentNeeded() {
-        if (number(Tag_AV_eba) == 0 && number(Tag_AV_require8) == 0) {
-            put(Tag_ABI_align_needed, 1U);
-        } else {
-            put(Tag_ABI_align_needed, number(Tag_AV_eba) == 2 ? 2U : 0U);
         }
     }
 

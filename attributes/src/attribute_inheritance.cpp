@@ -55,11 +55,8 @@ void redoSideEffects(BuildAttributes& out, const BuildAttributes& base,
     if (isTaken(Tag_AV_interworking) || isTaken(Tag_AV_mdivide)) {
         out.updateQelCompatibility();
     }
-    if (isTaken(Tag_AV_require8)) {
-        out.updateAlignmentForRequire8();
-    }
-    if (isTaken(Tag_AV_eba)) {
-        out.updateAlignmentForEba();
+    if (isTaken(Tag_AV_require8) || isTaken(Tag_AV_eba)) {
+        out.updateAlignmentNeeded();
     }
 }
 

@@ -130,8 +130,7 @@ uint16_t accessOfArch(uint32_t arch) {
     if (arch == 0) {
         return AccessOfOldest;
     }
-    const bool isUnaligned = (arch >= 6 && arch <= 17) || (arch >= 21 && arch <= 23);
-    return isUnaligned ? AccessOfUnaligned : AccessOfMiddle;
+    return allowsUnalignedAccess(arch) ? AccessOfUnaligned : AccessOfMiddle;
 }
 
 // Derives the value of one record. Each step is one group of tags; their order matters.

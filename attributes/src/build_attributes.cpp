@@ -200,10 +200,8 @@ void BuildAttributes::setTag(Tag tag, uint32_t value) {
         updateQelCompatibility();
         break;
     case Tag_AV_require8:
-        updateAlignmentForRequire8();
-        break;
     case Tag_AV_eba:
-        updateAlignmentForEba();
+        updateAlignmentNeeded();
         break;
     default:
         break;
@@ -218,17 +216,7 @@ void BuildAttributes::updateQelCompatibility() {
     }
 }
 
-void BuildAttributes::updateAlignmentForRequire8() {
-    const bool requires8 = getNumber(Tag_AV_require8) == 0;
-    uint32_t alignment = getNumber(Tag_AV_eba) == 2 ? 2 : 0;
-    if (getNumber(Tag_AV_eba) == 0 && requires8) {
-        alignment = 1;
-    }
-    m_StandardTags.setNumber(Tag_ABI_align_needed, alignment);
-    derivedStale = true;
-}
-
-void BuildAttributes::updateAlignmentForEba() {
+void BuildAttributes::updateAlignmentNeeded() {
     const uint32_t eba = getNumber(Tag_AV_eba);
     uint32_t alignment = eba == 2 ? 2 : 0;
     if (eba == 0 && getNumber(Tag_AV_require8) == 0) {

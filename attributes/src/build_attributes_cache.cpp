@@ -48,6 +48,11 @@ struct BlockKey {
     const uint8_t* bytes;
 };
 
+// Texts of symbols, which an attacker may choose so that all have the same hash of their own kind.
+uint32_t hashOfText(const elfext::Stringlett* key) {
+    return foldHash(mixText(0, key->getString()));
+}
+
 // A record with its hash.
 struct RecordKey {
     bool operator==(const RecordKey& other) const {
@@ -87,7 +92,7 @@ struct BuildAttributesCache::Indexes {
 };
 
 BuildAttributesMemo::BuildAttributesMemo(alloclib::Region* region)
-    : m_Region(region), m_Records(region) {
+    : m_Region(region), m_Records(region, &hashOfText) {
 }
 
 const BuildAttributes* BuildAttributesMemo::find(const char* text) const {
@@ -127,16 +132,23 @@ BuildAttributesMemo& BuildAttributesCache::getMemo() {
     return *m_Memo;
 }
 
-const char* BuildAttributesCache::internVendorName(const char* vendorName) {
+const char* BuildAttributesCache::findVendorName(const char* vendorName) const {
     TOMEX_CHECK_TEXT(vendorName != nullptr, "vendorName != NULL");
-    Indexes& known = indexes();
-    if (known.internedNames.contains(vendorName)) {
+    if (m_Indexes == nullptr) {
+        return nullptr;
+    }
+    if (m_Indexes->internedNames.contains(vendorName)) {
         return vendorName;
     }
-    const NameKey key(vendorName);
-    if (const char* const* const name = known.names.find(key)) {
-        return *name;
+    const char* const* const name = m_Indexes->names.find(NameKey(vendorName));
+    return name != nullptr ? *name : nullptr;
+}
+
+const char* BuildAttributesCache::internVendorName(const char* vendorName) {
+    if (const char* const known = findVendorName(vendorName)) {
+        return known;
     }
+    Indexes& known = indexes();
     const char* const copy = alloclib::copyString(*m_Region, vendorName);
     m_VendorNames.add(copy);
     known.names.set(NameKey(copy), copy);

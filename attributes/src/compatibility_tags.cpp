@@ -75,11 +75,15 @@ const CompatibilityTag* CompatibilityTagList::find(const CompatibilityTag& entry
     return nullptr;
 }
 
-bool CompatibilityTagList::add(const CompatibilityTag& entry) {
+bool CompatibilityTagList::isThere(const CompatibilityTag& entry) {
     if (m_Index == nullptr && getCount() >= UnindexedCount) {
         makeIndex();
     }
-    if (contains(entry)) {
+    return contains(entry);
+}
+
+bool CompatibilityTagList::add(const CompatibilityTag& entry) {
+    if (isThere(entry)) {
         return false;
     }
     m_Entries.add(entry);
@@ -90,7 +94,7 @@ bool CompatibilityTagList::add(const CompatibilityTag& entry) {
 }
 
 bool CompatibilityTagList::remove(const CompatibilityTag& entry) {
-    const CompatibilityTag* const place = contains(entry) ? find(entry) : nullptr;
+    const CompatibilityTag* const place = isThere(entry) ? find(entry) : nullptr;
     if (place == nullptr) {
         return false;
     }
@@ -112,11 +116,6 @@ uint32_t CompatibilityTagList::removeVendor(const char* vendorName) {
     m_Entries.setSize(kept);
     m_Index.reset();
     return removed;
-}
-
-void CompatibilityTagList::clear() {
-    m_Entries.clear();
-    m_Index.reset();
 }
 
 void CompatibilityTagList::setVendorName(uint32_t index, const char* vendorName) {

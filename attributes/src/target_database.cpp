@@ -133,8 +133,7 @@ const char* findTarget(const char* name, FullAttr& out) {
         const std::string_view wanted(name);
         const Target* const row = std::find_if(
             std::begin(table.rows), std::end(table.rows), [wanted](const Target& candidate) {
-                return startsWithIgnoringCase(candidate.name, wanted) &&
-                       candidate.name[wanted.size()] == '\0';
+                return equalsIgnoringCase(candidate.name, wanted);
             });
         found = row == std::end(table.rows) ? nullptr : row;
     }

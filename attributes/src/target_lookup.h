@@ -10,6 +10,6 @@ namespace attributes {
 
 // The index of the first floating-point unit. A table without one is a fault of the program, and
 // ends it.
-uint32_t findFirstFloatingPointRow(std::span<const Target> table);
+uint32_t findFirstFloatingPointRow(std::span<const Target> rows);
 
 } // namespace attributes

@@ -1,7 +1,10 @@
 // The hash by which the records, blocks and names of a cache are found.
 //
 // Keys come from files, and short ones that differ in a byte or two are the rule; so all 64 bits
-// depend on all bytes and their order.
+// depend on all bytes and their order. Files may be hostile too: against a hash that is the same in
+// each run anyone can make keys by the thousand that all collide, and each look-up a walk. So its
+// factors are random, and there are two: a difference in the top bit of a key passes any single
+// one unchanged, and can be undone by the next bytes.
 #pragma once
 
 #include <cstddef>
@@ -10,9 +13,19 @@
 
 namespace attributes {
 
+// Both odd, so that a product loses nothing.
+struct HashFactors {
+    uint64_t first;
+    uint64_t second;
+};
+// Those of this run.
+const HashFactors& hashFactors();
+
 // Takes one more number into a hash.
 inline uint64_t mixHash(uint64_t hash, uint64_t value) {
-    hash = (hash ^ value) * 0x9E3779B97F4A7C15;
+    const HashFactors& factors = hashFactors();
+    hash = (hash ^ value) * factors.first;
+    hash = (hash ^ (hash >> 32)) * factors.second;
     return hash ^ (hash >> 29);
 }
 

@@ -67,7 +67,7 @@ public:
     // Walks the attributes in the `length` bytes at `data`, not null, and calls an operation for
     // each. False if an attribute was cut or had no class, which ends the walk, or if an operation
     // said false, which does not.
-    bool parse(const uint8_t* data, uint32_t length);
+    virtual bool parse(const uint8_t* data, uint32_t length);
 
     // Texts end in a NUL and lie in the bytes that are walked.
     virtual bool numericTag(uint32_t tag, uint32_t number);
@@ -166,6 +166,7 @@ private:
     ObjectModule* m_ObjectModule;
     uint32_t pass;
     uint64_t m_AllowedWork = FreeWork;
+    bool m_IsExhausted = false;
 };
 
 } // namespace elfext

@@ -28,15 +28,22 @@ public:
     uint32_t getReferenceCount() const { return m_ReferenceCount; }
 
     void addReference() { ++m_ReferenceCount; }
+    // Adds a reference that is the caller's, who opened the stream and will close it: from now on
+    // nobody else does.
+    void shareWithCaller() {
+        addReference();
+        m_IsCallers = true;
+    }
     // Closes the file if this was the last reference.
     void release();
     // Closes the file whatever the count: after a failure it is of no use to anyone. References
-    // are still to be given back.
+    // are still to be given back. A stream that the caller will close is only let go of.
     void close();
 
 private:
     std::FILE* m_File;
     uint32_t m_ReferenceCount = 0;
+    bool m_IsCallers = false;
 };
 
 // What is kept of a section until its contents are read.

@@ -64,6 +64,16 @@ public:
     // How many buckets there are.
     uint32_t getTableSize() const { return m_HashTableSize; }
 
+    // How many keys stand where `key` does or would: what a search for it costs at most. Whoever
+    // takes keys from a hostile file has to ask, since keys of one hash are easily made.
+    uint32_t getChainLength(const Key& key) const {
+        uint32_t length = 0;
+        for (const Node* node = bucketOf(key); node != nullptr; node = node->next) {
+            ++length;
+        }
+        return length;
+    }
+
     // Goes over all nodes. Adding or removing a key makes it invalid.
     template <typename Visited>
     class basic_iterator {

@@ -117,32 +117,32 @@ public:
     // Names the object after a member: "archive(member)".
     void setMemberName(const char* archiveName, const char* memberName);
     uint32_t getMachine() const { return m_Machine; }
-    void setMachine(uint32_t machine) { m_Machine = machine; }
+    void setMachine(uint32_t machine) { change(m_Machine, machine); }
     uint32_t getClass() const { return m_Class; }
-    void setClass(uint32_t fileClass) { m_Class = fileClass; }
+    void setClass(uint32_t fileClass) { change(m_Class, fileClass); }
     bool is64Bit() const { return m_Class == ELFCLASS64; }
     uint32_t getEndianness() const { return m_Endianness; }
     // Sets the byte order with it: little endian for 1 only. Not while contents are deferred.
     void setEndianness(uint32_t endianness);
     uint32_t getOsAbi() const { return m_OsAbi; }
-    void setOsAbi(uint32_t osAbi) { m_OsAbi = osAbi; }
+    void setOsAbi(uint32_t osAbi) { change(m_OsAbi, osAbi); }
     uint8_t getAbiVersion() const { return m_AbiVersion; }
-    void setAbiVersion(uint8_t abiVersion) { m_AbiVersion = abiVersion; }
+    void setAbiVersion(uint8_t abiVersion) { change(m_AbiVersion, abiVersion); }
     uint32_t getType() const { return m_Type; }
-    void setType(uint32_t type) { m_Type = type; }
+    void setType(uint32_t type) { change(m_Type, type); }
     // True for a file whose symbols hold addresses: an executable, a library, a core image.
     bool hasAddresses() const { return m_Type >= ET_EXEC && m_Type <= ET_CORE; }
     // ModuleProperty bits.
     uint32_t getProperties() const { return m_Properties; }
     void setProperties(uint32_t properties) { m_Properties = properties; }
     uint64_t getEntryPoint() const { return m_EntryPoint; }
-    void setEntryPoint(uint64_t entryPoint) { m_EntryPoint = entryPoint; }
+    void setEntryPoint(uint64_t entryPoint) { change(m_EntryPoint, entryPoint); }
     uint32_t getFlags() const { return m_Flags; }
-    void setFlags(uint32_t flags) { m_Flags = flags; }
+    void setFlags(uint32_t flags) { change(m_Flags, flags); }
     uint32_t getIdentVersion() const { return m_IdentVersion; }
-    void setIdentVersion(uint32_t version) { m_IdentVersion = version; }
+    void setIdentVersion(uint32_t version) { change(m_IdentVersion, version); }
     uint32_t getVersion() const { return m_Version; }
-    void setVersion(uint32_t version) { m_Version = version; }
+    void setVersion(uint32_t version) { change(m_Version, version); }
 
     uint32_t getElfHeaderSize() const { return m_ElfHeaderSize; }
     void setElfHeaderSize(uint32_t size) { m_ElfHeaderSize = size; }
@@ -170,21 +170,21 @@ public:
     // Copied unless equal to the present one.
     void setSoName(const char* soName);
     const DynamicValue& getInit() const { return m_Init; }
-    void setInit(DynamicValue value) { m_Init = value; }
+    void setInit(DynamicValue value) { change(m_Init, value); }
     const DynamicValue& getFini() const { return m_Fini; }
-    void setFini(DynamicValue value) { m_Fini = value; }
+    void setFini(DynamicValue value) { change(m_Fini, value); }
     const DynamicValue& getInitArray() const { return m_InitArray; }
-    void setInitArray(DynamicValue value) { m_InitArray = value; }
+    void setInitArray(DynamicValue value) { change(m_InitArray, value); }
     const DynamicValue& getInitArraySize() const { return m_InitArraySize; }
-    void setInitArraySize(DynamicValue value) { m_InitArraySize = value; }
+    void setInitArraySize(DynamicValue value) { change(m_InitArraySize, value); }
     const DynamicValue& getPreinitArray() const { return m_PreinitArray; }
-    void setPreinitArray(DynamicValue value) { m_PreinitArray = value; }
+    void setPreinitArray(DynamicValue value) { change(m_PreinitArray, value); }
     const DynamicValue& getPreinitArraySize() const { return m_PreinitArraySize; }
-    void setPreinitArraySize(DynamicValue value) { m_PreinitArraySize = value; }
+    void setPreinitArraySize(DynamicValue value) { change(m_PreinitArraySize, value); }
     const DynamicValue& getFiniArray() const { return m_FiniArray; }
-    void setFiniArray(DynamicValue value) { m_FiniArray = value; }
+    void setFiniArray(DynamicValue value) { change(m_FiniArray, value); }
     const DynamicValue& getFiniArraySize() const { return m_FiniArraySize; }
-    void setFiniArraySize(DynamicValue value) { m_FiniArraySize = value; }
+    void setFiniArraySize(DynamicValue value) { change(m_FiniArraySize, value); }
     // DF_ bits, gathered from all tags that stand for one, and whether any was seen.
     uint32_t getDynamicFlags() const { return m_DynamicFlags; }
     bool hasDynamicFlags() const { return m_DynamicFlagsExists; }
@@ -297,6 +297,10 @@ public:
     // The comdat group that stands for a signature: the first that came with it. Null if there is
     // none.
     Group* findComdatGroup(const char* signature) const;
+    // With how many signatures that search compares at most.
+    uint32_t getComdatSearchLength(const char* signature) const {
+        return m_MapSignaturesToComdatGroups.getChainLength(Stringlett(signature));
+    }
     // The same, but makes one, of that name too, if there is none.
     Group* getOrCreateComdatGroup(const char* signature);
 
@@ -390,6 +394,11 @@ private:
         }
     };
 
+    template <typename Value>
+    void change(Value& field, const Value& value) {
+        field = value;
+        markChanged();
+    }
     const char* copyText(const char* text);
     void changeStructure();
     template <typename Kind, typename... Arguments>
@@ -410,8 +419,7 @@ private:
     Symbol* makeHosted(const SymbolFields& fields, Section* section, uint64_t offset,
                        bool isDynamic);
     void sortSymbolLists();
-    void enterComdatGroup(Group* group) const;
-    void enterPendingGroups() const;
+    void enterComdatGroup(Group* group);
     void leaveComdatGroup(Group* group);
     void dropAllDeferredContents();
     void clearLists();
@@ -491,10 +499,7 @@ private:
     SymbolArray m_DynamicSymbolsSortedByAddress;
     SymbolArray m_SymbolsSortedByName;
     SymbolArray m_DynamicSymbolsSortedByName;
-    // The table is filled in when somebody asks it first. Until then the last groups of the module,
-    // so many, are not in it.
-    mutable GroupTable m_MapSignaturesToComdatGroups;
-    mutable uint32_t m_PendingGroupCount = 0;
+    GroupTable m_MapSignaturesToComdatGroups;
     GroupTable m_MapNamesToGroups; // for groups that are found by name; none is entered here
     FileVersionDefinition* m_FileVersionDefinition = nullptr;
     Image m_ReadImage;

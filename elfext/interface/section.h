@@ -98,7 +98,7 @@ public:
     bool isFileOffsetKnown() const { return m_FileOffsetKnown; }
     // The segment that a note of the linker names for this section, or null.
     Segment* getSegment() const { return m_Segment; }
-    void setSegment(Segment* segment) { m_Segment = segment; }
+    void setSegment(Segment* segment);
     // The group that the section is in, or null.
     Group* getGroup() const { return m_Group; }
 

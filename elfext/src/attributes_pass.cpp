@@ -16,6 +16,7 @@
 #include <cstring>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 
 namespace elfext {
 namespace {
@@ -81,9 +82,10 @@ bool readSections(ReadState& state, bool& isParsed) {
 // True if a static symbol table's names hold the marker anywhere. Most files have none.
 bool mayHaveMarkers(const ReadState& state) {
     const std::string_view marker(attributes::MarkerText, attributes::MarkerLength);
+    std::unordered_set<const Section*> searched; // tables may share their names
     for (const Section* const table : state.m_Module.getSymtabSections()) {
         const Section* const strings = table->getLink();
-        if (strings == nullptr) {
+        if (strings == nullptr || !searched.insert(strings).second) {
             continue;
         }
         const Buffer& bytes = strings->getLoadedContents();
@@ -143,9 +145,9 @@ private:
         if (name.starts_with(attributes::MarkerText)) {
             const char* const text = symbol.getName() + attributes::MarkerLength;
             if (symbol.getCategory() == Symbol::Category_Hosted) {
-                return apply(*symbol.getSection(), text);
+                return apply(*symbol.getSection(), statedBy(text));
             }
-            return apply(m_Module, text);
+            return apply(m_Module, statedBy(text));
         }
         return decorate(symbol, name);
     }
@@ -161,21 +163,26 @@ private:
             decorated.getName() + prefixLength + attributes::SymbolMarkerLength;
         SymbolList targets;
         m_Module.findSymbols(prefix.c_str(), targets);
+        // The text may be as long as the file, so it is not read for each of them.
+        const BuildAttributes stated = statedBy(text);
         for (uint32_t i = 0; i < targets.getSize(); ++i) {
-            if (!apply(*targets[i], text)) {
+            if (!apply(*targets[i], stated)) {
                 return false;
             }
         }
         return true;
     }
 
+    BuildAttributes statedBy(const char* text) {
+        attributes::BuildAttributesCache& cache = *m_Module.getBuildAttributesCache();
+        return {text, cache.getMemo(), cache};
+    }
+
     // A target that has attributes keeps those that the text does not state.
-    bool apply(ObjectWithBuildAttributes& target, const char* text) {
+    bool apply(ObjectWithBuildAttributes& target, const BuildAttributes& stated) {
         if (!m_State.spendSteps(stepsPerOverlay)) {
             return false;
         }
-        attributes::BuildAttributesCache& cache = *m_Module.getBuildAttributesCache();
-        const BuildAttributes stated(text, cache.getMemo(), cache);
         const BuildAttributes* const present = target.getOwnBuildAttributes();
         if (present == nullptr) {
             target.setBuildAttributes(stated);

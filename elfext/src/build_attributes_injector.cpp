@@ -44,10 +44,21 @@ void correctArchitecture(BuildAttributes& record) {
     }
 }
 
-// The bytes that a copy of the record's lists takes, about.
+// The bytes that are copied and read, about, when a record with these lists is copied and looked
+// up.
 uint64_t weightOf(const BuildAttributes& record) {
-    return record.getCompatibilityTagCount() * sizeof(attributes::CompatibilityTag) +
-           record.getAlsoCompatibilityTagCount() * sizeof(attributes::AlsoCompatibilityTag);
+    uint64_t weight = 0;
+    if (record.m_CompatibilityTags != nullptr) {
+        for (const attributes::CompatibilityTag& entry : *record.m_CompatibilityTags) {
+            weight += sizeof entry + std::strlen(entry.vendorName);
+        }
+    }
+    if (record.m_AlsoCompatibilityTags != nullptr) {
+        for (const attributes::AlsoCompatibilityTag& entry : *record.m_AlsoCompatibilityTags) {
+            weight += sizeof entry + (entry.hasText() ? std::strlen(entry.getText()) : 0);
+        }
+    }
+    return weight;
 }
 
 } // namespace
@@ -62,19 +73,15 @@ public:
                 uint32_t length)
         : m_Injector(injector), m_Cache(*injector.m_ObjectModule->getBuildAttributesCache()),
           m_VendorName(vendorName), m_Data(data), m_Length(length),
-          m_NameWork(std::strlen(vendorName) / NameBytesPerWork),
           m_IsQeabi(std::strcmp(vendorName, attributes::VendorName_Qeabi) == 0),
           m_IsQel(std::strcmp(vendorName, attributes::VendorName_Qel) == 0) {}
 
     // False if the attributes are bad. Whatever could be read of them is applied.
     bool applyTo(ObjectWithBuildAttributes& target) {
-        if (!m_Injector.spend(m_NameWork)) {
+        if (!keepBlock()) {
             return false;
         }
-        // Asking again with what is interned costs nothing, however long the body is.
-        if (m_Block == nullptr) {
-            m_Block = m_Cache.internBlock(m_VendorName, m_Data, m_Length);
-        }
+        // With what is interned this costs nothing, however long name and body are.
         target.addBuildAttributesBlock(m_Block->getVendorName(), m_Block->getData(),
                                        m_Block->getLength());
         if (!m_IsQeabi && !m_IsQel) {
@@ -95,6 +102,19 @@ private:
         bool isSound;
     };
 
+    // The body's block in the module's cache. False if that is too much work: a name is found by
+    // reading it, and each of many bodies has it.
+    bool keepBlock() {
+        if (m_Block == nullptr) {
+            if (m_Injector.m_IsExhausted ||
+                !m_Injector.spend(std::strlen(m_VendorName) / NameBytesPerWork)) {
+                return false;
+            }
+            m_Block = m_Cache.internBlock(m_VendorName, m_Data, m_Length);
+        }
+        return true;
+    }
+
     // What the body makes of a record, which may be null; null if that is too much work.
     const Outcome* outcomeFor(const BuildAttributes* before) {
         if (m_LastOutcome != nullptr && m_LastRecord == before) {
@@ -104,8 +124,8 @@ private:
         if (known != m_Outcomes.end()) {
             return &known->second;
         }
-        const uint64_t weight = before != nullptr ? weightOf(*before) : 0;
-        if (!m_Injector.spend(m_Length + weight)) {
+        if (!m_Injector.spend(m_Length) ||
+            (before != nullptr && !m_Injector.spend(weightOf(*before)))) {
             return nullptr;
         }
         m_LastRecord = before;
@@ -131,7 +151,7 @@ private:
         return {m_Cache.internRecord(record), isSound};
     }
 
-    // A target looks for its block by name. Names of a usual length count for nothing.
+    // Names of a usual length count for nothing.
     static constexpr uint64_t NameBytesPerWork = 64;
 
     BuildAttributesInjector& m_Injector;
@@ -139,7 +159,6 @@ private:
     const char* m_VendorName;
     const uint8_t* m_Data;
     uint32_t m_Length;
-    uint64_t m_NameWork;
     const BuildAttributesBlock* m_Block = nullptr;
     bool m_IsQeabi;
     bool m_IsQel;
@@ -149,11 +168,10 @@ private:
 };
 
 bool BuildAttributesInjector::spend(uint64_t work) {
-    if (work > m_AllowedWork) {
-        return false;
-    }
-    m_AllowedWork -= work;
-    return true;
+    // Once it was too much, nothing is good any more: finding that out is work too.
+    m_IsExhausted = m_IsExhausted || work > m_AllowedWork;
+    m_AllowedWork -= m_IsExhausted ? 0 : work;
+    return !m_IsExhausted;
 }
 
 bool BuildAttributesInjector::parseFileSubSubsection(const char* vendorName, const uint8_t* data,

@@ -92,7 +92,7 @@ private:
         if (file == nullptr) {
             file = objectModule.keepFile(m_State.m_Stream.m_File);
             if (m_State.m_Stream.m_IsCallers) {
-                file->addReference();
+                file->shareWithCaller();
             }
             m_State.m_IsFileKept = true;
         }

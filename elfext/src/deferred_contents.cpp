@@ -11,10 +11,10 @@ void ReferenceCountedFile::release() {
 }
 
 void ReferenceCountedFile::close() {
-    if (m_File != nullptr) {
+    if (m_File != nullptr && !m_IsCallers) {
         std::fclose(m_File);
-        m_File = nullptr;
     }
+    m_File = nullptr;
 }
 
 } // namespace elfext

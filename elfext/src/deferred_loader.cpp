@@ -45,11 +45,7 @@ bool loadDeferredContents(Section& section, const DeferredContents& deferredCont
         status = readInto(section.getLoadedContents(), file->getFile(),
                           deferredContents.getSectionHeader());
     }
-    if (status != LowLevelStatus_Good) {
-        file->close();
-        return reportStatus(objectModule, status);
-    }
-    return true;
+    return status == LowLevelStatus_Good || reportStatus(objectModule, status);
 }
 
 } // namespace elfext

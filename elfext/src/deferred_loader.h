@@ -7,8 +7,8 @@ class DeferredContents;
 class Section;
 
 // Reads the contents into the section's buffer. What goes wrong is reported to the module's error
-// handler, the file is closed, the buffer is left empty and the answer is false. No read may be
-// going on.
+// handler, the buffer is left empty and the answer is false; the section closes the file then. No
+// read may be going on.
 bool loadDeferredContents(Section& section, const DeferredContents& deferredContents);
 
 } // namespace elfext

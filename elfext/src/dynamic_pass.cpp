@@ -10,6 +10,8 @@
 #include "elfext/src/text_table.h"
 #include "elfext/src/version_reader.h"
 
+#include <algorithm>
+#include <iterator>
 #include <optional>
 
 namespace elfext {
@@ -51,6 +53,9 @@ constexpr PropertyTag propertyTags[] = {
     {DT_DEBUG, ModuleProperty_DebugTag},
     {DT_QEL_MODULE, ModuleProperty_QelModuleTag},
 };
+
+// Tags whose value is a text.
+constexpr uint32_t textTags[] = {DT_NEEDED, DT_SONAME, DT_RPATH, DT_RUNPATH};
 
 // The numbers of the last sections of their types.
 struct DynamicTables {
@@ -98,8 +103,7 @@ public:
         if (!m_State.spendBytes(entries.size()) || !readTags(entries)) {
             return false;
         }
-        readVersionSections();
-        return true;
+        return readVersionSections();
     }
 
 private:
@@ -124,7 +128,12 @@ private:
 
     bool applyTag(uint32_t tag, uint32_t value) {
         applyTables(tag, value);
-        const char* const text = value != 0 ? m_Texts.find(value) : nullptr;
+        const bool isText =
+            std::find(std::begin(textTags), std::end(textTags), tag) != std::end(textTags);
+        const char* const text = isText && value != 0 ? m_Texts.find(value) : nullptr;
+        if (text != nullptr && !m_State.spendText(text)) {
+            return false;
+        }
         switch (tag) {
         case DT_NEEDED:
             if (text != nullptr) {
@@ -191,40 +200,42 @@ private:
                 header.sh_type != SHT_NULL && (!isFileOffset || header.sh_type != SHT_NOBITS);
             const uint64_t start = isFileOffset ? header.sh_offset : header.sh_addr;
             if (isCandidate && start <= position && position - start < header.sh_size) {
-                return readPreemptionMap(m_State, m_Module.getSection(i), bytesOf(i),
-                                         position - start, m_Texts);
+                std::span<const uint8_t> bytes;
+                return findBytes(i, bytes) && readPreemptionMap(m_State, m_Module.getSection(i),
+                                                                bytes, position - start, m_Texts);
             }
         }
         return true;
     }
 
     // The contents of a section, also if they were left in the file; nothing if they cannot be
-    // read.
-    std::span<const uint8_t> bytesOf(uint32_t section) {
+    // read. False if the read has passed its limits.
+    bool findBytes(uint32_t section, std::span<const uint8_t>& bytes) {
         if (!m_Module.getSection(section)->isContentsDeferred()) {
-            return m_State.contents(section);
+            bytes = m_State.contents(section);
+            return true;
         }
         const Elf64_Shdr& header = m_State.m_SectionHeaders[section];
         if (lowlevel::checkBytes(header.sh_offset, header.sh_size) != LowLevelStatus_Good) {
-            return {};
+            return true;
         }
         if (!m_State.spendBytes(header.sh_size)) {
-            return {};
+            return false;
         }
-        const std::span<uint8_t> bytes = m_State.takeTable<uint8_t>(header.sh_size);
-        if (lowlevel::readBytes(bytes.data(), header.sh_offset, header.sh_size) !=
+        const std::span<uint8_t> block = m_State.takeTable<uint8_t>(header.sh_size);
+        if (lowlevel::readBytes(block.data(), header.sh_offset, header.sh_size) ==
             LowLevelStatus_Good) {
-            return {};
+            bytes = block;
         }
-        return bytes;
+        return true;
     }
 
     // Versions count only if the tags and the sections agree.
-    void readVersionSections() {
+    bool readVersionSections() {
         if (m_DefinitionCount.has_value() != m_Tables.definitions.has_value() ||
             m_RequirementCount.has_value() != m_Tables.requirements.has_value() ||
             !m_Tables.versym.has_value()) {
-            return;
+            return true;
         }
         VersionSections sections;
         sections.versym = m_State.contents(*m_Tables.versym);
@@ -237,10 +248,10 @@ private:
             sections.requirementCount = *m_RequirementCount;
         }
         if (!m_Tables.symbols.has_value()) {
-            readVersionDefinitions(m_State, sections, m_Texts);
-        } else if (m_State.symbolCount(*m_Tables.symbols) == sections.versym.size() / 2) {
-            readVersions(m_State, sections, m_Texts, *m_Tables.symbols);
+            return readVersionDefinitions(m_State, sections, m_Texts);
         }
+        return m_State.symbolCount(*m_Tables.symbols) != sections.versym.size() / 2 ||
+               readVersions(m_State, sections, m_Texts, *m_Tables.symbols);
     }
 
     ReadState& m_State;

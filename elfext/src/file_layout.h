@@ -139,7 +139,7 @@ public:
         relocation.symbol = symbolOf(info);
         relocation.type = static_cast<uint32_t>(Is64 ? info & 0xFFFFFFFF : info & 0xFF);
         if (hasAddend) {
-            relocation.r_addend = fields.address();
+            relocation.r_addend = Is64 ? fields.address() : extendSign(fields.word());
         }
         return relocation;
     }
@@ -176,6 +176,11 @@ private:
         Integer value = 0;
         std::memcpy(&value, bytes, sizeof value);
         return convertByteOrder(value, IsLittleEndian);
+    }
+
+    // Addends are the only fields that may be negative.
+    static uint64_t extendSign(uint32_t value) {
+        return static_cast<uint64_t>(int64_t{static_cast<int32_t>(value)});
     }
 
     static uint32_t symbolOf(uint64_t info) {

@@ -26,7 +26,6 @@ void Group::setName(const char* name) {
 
 void Group::setSignature(const char* signature) {
     TOMEX_CHECK_TEXT(signature != nullptr, "signature != NULL");
-    m_ObjectModule->enterPendingGroups();
     if (isComdat()) {
         m_ObjectModule->leaveComdatGroup(this);
     }
@@ -40,7 +39,6 @@ void Group::setSignature(const char* signature) {
 }
 
 void Group::setFlags(uint32_t flags) {
-    m_ObjectModule->enterPendingGroups();
     if (isComdat()) {
         m_ObjectModule->leaveComdatGroup(this);
     }

@@ -29,6 +29,16 @@ bool addMember(ReadState& state, Group& group, uint32_t member) {
     return true;
 }
 
+// A signature is hashed, and compared with those of the same hash. In a file of few groups these
+// cannot be many.
+bool spendSearch(ReadState& state, const char* signature) {
+    constexpr uint32_t fewGroups = 256;
+    constexpr uint64_t stepsPerComparison = 64;
+    return state.spendText(signature) &&
+           (state.m_Module.getGroupCount() < fewGroups ||
+            state.spendSteps(stepsPerComparison * state.m_Module.getComdatSearchLength(signature)));
+}
+
 // A group without a signature symbol is left out.
 bool readGroup(ReadState& state, uint32_t index) {
     auto* const section = static_cast<GroupSection*>(state.m_Module.getSection(index));
@@ -38,12 +48,12 @@ bool readGroup(ReadState& state, uint32_t index) {
     if (signature == nullptr) {
         return true;
     }
-    if (!state.spendBytes(words.size())) {
+    const char* const name = signature->getName() != nullptr ? signature->getName() : "";
+    if (!state.spendBytes(words.size()) || !spendSearch(state, name)) {
         return false;
     }
-    const char* const name = signature->getName();
     const uint64_t count = words.size() / state.sizes().word;
-    Group* const group = state.m_Module.createGroup(section->getName(), name != nullptr ? name : "",
+    Group* const group = state.m_Module.createGroup(section->getName(), name,
                                                     count != 0 ? wordAt(state, words, 0) : 0);
     group->setSection(section);
     for (uint64_t i = 1; i < count; ++i) {

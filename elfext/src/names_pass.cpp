@@ -53,12 +53,16 @@ bool readSectionNames(ReadState& state) {
     ObjectModule& objectModule = state.m_Module;
     const uint64_t length = state.m_SectionHeaders[table].sh_size;
     const auto* const texts = reinterpret_cast<const char*>(state.contents(table).data());
+    const bool isCopied = state.m_Stream.m_File != nullptr;
     for (uint32_t i = 0; i < state.sectionCount(); ++i) {
         const uint32_t offset = state.m_SectionHeaders[i].sh_name;
         if (offset == 0) {
             continue;
         }
         if (offset < length) {
+            if (isCopied && !state.spendText(texts + offset)) {
+                return false;
+            }
             objectModule.getSection(i)->setName(texts + offset);
         } else if (!askHandler(objectModule, &ErrorHandler::sectionNameOffsetBad, i, offset,
                                length)) {

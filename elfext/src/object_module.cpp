@@ -110,6 +110,7 @@ void ObjectModule::setEndianness(uint32_t endianness) {
     TOMEX_CHECK(!hasDeferredContents());
     m_Endianness = endianness;
     m_IsLittleEndian = endianness == ELFDATA2LSB ? 1 : 0;
+    markChanged();
 }
 
 // --- Values of the dynamic section
@@ -222,7 +223,6 @@ void ObjectModule::clearLists() {
     m_RawDataBlocks.clear();
     m_DebugOverlayRecords.clear();
     m_MapSignaturesToComdatGroups.clear();
-    m_PendingGroupCount = 0;
     m_MapNamesToGroups.clear();
 }
 

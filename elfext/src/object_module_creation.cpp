@@ -152,22 +152,14 @@ Group* ObjectModule::createGroup(const char* name, const char* signature, uint32
     Group* const group = make<Group>(this, name, signature, flags);
     group->m_Index = m_Groups.getSize();
     m_Groups.add(group);
-    ++m_PendingGroupCount;
+    if (group->isComdat()) {
+        enterComdatGroup(group);
+    }
     return group;
 }
 
-void ObjectModule::enterPendingGroups() const {
-    const uint32_t count = m_Groups.getSize();
-    for (; m_PendingGroupCount != 0; --m_PendingGroupCount) {
-        Group* const group = m_Groups[count - m_PendingGroupCount];
-        if (group->isComdat()) {
-            enterComdatGroup(group);
-        }
-    }
-}
-
 // The first group with a signature stands for it.
-void ObjectModule::enterComdatGroup(Group* group) const {
+void ObjectModule::enterComdatGroup(Group* group) {
     const Stringlett signature(group->getSignature());
     if (!m_MapSignaturesToComdatGroups.containsKey(signature)) {
         m_MapSignaturesToComdatGroups.set(signature, group);
@@ -181,7 +173,6 @@ void ObjectModule::leaveComdatGroup(Group* group) {
 }
 
 Group* ObjectModule::findComdatGroup(const char* signature) const {
-    enterPendingGroups();
     Group* const* const place = m_MapSignaturesToComdatGroups.find(Stringlett(signature));
     return place != nullptr ? *place : nullptr;
 }

@@ -151,7 +151,6 @@ uint32_t ObjectModule::getGroupIndex(const Group* group) const {
 void ObjectModule::setGroupIndex(Group* group, uint32_t index) {
     TOMEX_CHECK(index < m_Groups.getSize());
     changeStructure();
-    enterPendingGroups();
     move(m_Groups, getGroupIndex(group), index);
 }
 

@@ -1,7 +1,7 @@
 // Build attributes of one object: its own ones, and what it inherits.
 //
-// Blocks are found by vendor. A file may name as many vendors as it likes, so beyond a few of them
-// a table takes over from the walk.
+// Blocks are found by vendor, whose name the cache keeps once: equal names are one address. A file
+// may name as many vendors as it likes, so beyond a few of them a table takes over from the walk.
 #include "elfext/interface/object_with_build_attributes.h"
 
 #include "attributes/interface/attribute_algebra.h"
@@ -10,25 +10,24 @@
 #include "elfext/interface/fast_hash_table.h"
 #include "elfext/interface/object_module.h"
 
-#include <cstring>
-
 namespace elfext {
 
 struct ObjectWithBuildAttributes::BlockList {
-    using Index = fast_hash_table<Stringlett, uint32_t>;
+    using Index = fast_hash_table<const char*, uint32_t>;
     static constexpr uint32_t WalkedCount = 8;
     static constexpr uint32_t NotThere = UINT32_MAX;
 
     explicit BlockList(alloclib::Region* region) : m_Blocks(region) {}
 
+    // `vendorName` is the copy of the module's cache, as those of the blocks are; or null.
     uint32_t find(const char* vendorName) {
         if (m_Blocks.getSize() > WalkedCount) {
             makeIndex();
-            const uint32_t* const place = m_Index->find(Stringlett(vendorName));
+            const uint32_t* const place = m_Index->find(vendorName);
             return place != nullptr ? *place : NotThere;
         }
         for (uint32_t i = 0; i < m_Blocks.getSize(); ++i) {
-            if (std::strcmp(m_Blocks[i]->getVendorName(), vendorName) == 0) {
+            if (m_Blocks[i]->getVendorName() == vendorName) {
                 return i;
             }
         }
@@ -37,7 +36,7 @@ struct ObjectWithBuildAttributes::BlockList {
 
     void add(const attributes::BuildAttributesBlock* block) {
         if (m_Index != nullptr) {
-            m_Index->set(Stringlett(block->getVendorName()), m_Blocks.getSize());
+            m_Index->set(block->getVendorName(), m_Blocks.getSize());
         }
         m_Blocks.add(block);
     }
@@ -56,7 +55,7 @@ private:
             alloclib::Region* const region = m_Blocks.getRegion();
             m_Index = new (alloclib::allocate(*region, sizeof(Index), 8)) Index(region);
             for (uint32_t i = 0; i < m_Blocks.getSize(); ++i) {
-                m_Index->set(Stringlett(m_Blocks[i]->getVendorName()), i);
+                m_Index->set(m_Blocks[i]->getVendorName(), i);
             }
         }
     }
@@ -103,7 +102,8 @@ ObjectWithBuildAttributes::findBuildAttributesBlock(const char* vendorName) cons
     if (m_BuildAttributesBlocks == nullptr) {
         return nullptr;
     }
-    const uint32_t index = m_BuildAttributesBlocks->find(vendorName);
+    const uint32_t index =
+        m_BuildAttributesBlocks->find(m_BuildAttributesCache->findVendorName(vendorName));
     return index != BlockList::NotThere ? m_BuildAttributesBlocks->m_Blocks[index] : nullptr;
 }
 
@@ -118,7 +118,7 @@ void ObjectWithBuildAttributes::addBuildAttributesBlock(const char* vendorName, 
         m_BuildAttributesBlocks =
             new (alloclib::allocate(*region, sizeof(BlockList), 8)) BlockList(region);
     }
-    const uint32_t index = m_BuildAttributesBlocks->find(vendorName);
+    const uint32_t index = m_BuildAttributesBlocks->find(block->getVendorName());
     if (index != BlockList::NotThere) {
         m_BuildAttributesBlocks->m_Blocks[index] = block;
     } else {
@@ -129,9 +129,10 @@ void ObjectWithBuildAttributes::addBuildAttributesBlock(const char* vendorName, 
 
 bool ObjectWithBuildAttributes::removeBuildAttributesBlock(const char* vendorName) {
     TOMEX_CHECK_TEXT(vendorName != nullptr, "vendorName != NULL");
-    const uint32_t index = m_BuildAttributesBlocks != nullptr
-                               ? m_BuildAttributesBlocks->find(vendorName)
-                               : BlockList::NotThere;
+    const uint32_t index =
+        m_BuildAttributesBlocks != nullptr
+            ? m_BuildAttributesBlocks->find(m_BuildAttributesCache->findVendorName(vendorName))
+            : BlockList::NotThere;
     if (index == BlockList::NotThere) {
         return false;
     }

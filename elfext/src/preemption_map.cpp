@@ -23,7 +23,7 @@ public:
             if (count == 0 || size > m_Map.size() || !hasNames(count)) {
                 return true;
             }
-            if (!m_State.spendBytes(size)) {
+            if (!m_State.spendBytes(size) || !spendNames(count)) {
                 return false;
             }
             addPreemption(static_cast<uint32_t>(count));
@@ -41,6 +41,15 @@ private:
     bool hasNames(uint64_t count) const {
         for (uint64_t i = 1; i < firstNames + count; ++i) {
             if (name(i) == nullptr) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    bool spendNames(uint64_t count) {
+        for (uint64_t i = 1; i < firstNames + count; ++i) {
+            if (!m_State.spendText(name(i))) {
                 return false;
             }
         }

@@ -109,16 +109,17 @@ private:
         block->setFileOffset(start);
         const uint64_t offset = start - m_State.m_ProgramHeaders[segment].p_offset;
         objectModule.getSegment(segment)->addContained(block, offset);
-        return fill(block->getContents(), start, size);
+        return fill(*block, start);
     }
 
-    bool fill(Buffer& buffer, uint64_t start, uint64_t size) {
+    bool fill(RawDataBlock& block, uint64_t start) {
         const uint8_t* const place = lowlevel::bufferBytes(start);
         if (place != nullptr) {
-            buffer.setBorrowedData(place, size);
+            block.borrowContents(place);
             return true;
         }
-        const LowLevelStatus status = lowlevel::readBytes(buffer.getData(), start, size);
+        const LowLevelStatus status =
+            lowlevel::readBytes(block.getContents().getData(), start, block.getSize());
         return status == LowLevelStatus_Good || reportStatus(m_State.m_Module, status);
     }
 

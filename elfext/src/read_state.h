@@ -4,9 +4,10 @@
 // The tables lie in a region of their own, which ends with the read.
 //
 // A file's own numbers say how its parts overlap, so a small file can ask for much: a thousand
-// symbol tables that are all the same bytes, a thousand segments in each of which a thousand
-// sections lie. Every part is read within limits that the size of the file sets, far above what a
-// file whose parts stand side by side needs. A read that passes them is out of memory.
+// symbol tables that are all the same bytes, a thousand names that all end alike, a thousand
+// segments in each of which a thousand sections lie. Every part is read within limits that the size
+// of the file sets, far above what a file whose parts stand side by side needs. A read that passes
+// them is out of memory.
 #pragma once
 
 #include "elfext/interface/deferred_contents_selector.h"
@@ -100,6 +101,9 @@ public:
     // a search. False if the read has passed its limits; that has been reported then.
     bool spendBytes(uint64_t bytes) { return spend(m_SpentBytes, bytes, BytesPerByte, FreeBytes); }
     bool spendSteps(uint64_t steps) { return spend(m_SpentSteps, steps, StepsPerByte, FreeSteps); }
+    // The same for a text that is copied, hashed or compared. Texts may share their bytes, so all
+    // of them together can be far longer than the file.
+    bool spendText(const char* text) { return spendSteps(std::strlen(text)); }
 
 private:
     template <typename Element>

@@ -122,6 +122,11 @@ void Section::setInfo(uint32_t info) {
     markChanged();
 }
 
+void Section::setSegment(Segment* segment) {
+    m_Segment = segment;
+    markChanged();
+}
+
 // --- As a region of the file
 
 bool Section::getFileRange(uint64_t* offset, uint64_t* size) const {

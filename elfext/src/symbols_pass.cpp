@@ -6,6 +6,10 @@
 namespace elfext {
 namespace {
 
+// Names of a table that cannot be longer than this all together, wherever they are in its string
+// table, are not measured one by one. That is so for most objects.
+constexpr uint64_t fewNameBytes = 0x40000;
+
 // One symbol table and what belongs to it.
 class TableReader {
 public:
@@ -33,6 +37,11 @@ public:
         m_State.m_SymbolsByTable[m_Table] = {m_Symbols.data(), count};
         if (count < 2) {
             return true;
+        }
+        const uint64_t nameBytes = count * m_StringsLength;
+        m_AreNamesMeasured = nameBytes > fewNameBytes;
+        if (!m_AreNamesMeasured && !m_State.spendSteps(nameBytes)) {
+            return false;
         }
         m_Module.reserveSymbols(static_cast<uint32_t>(count - 1), m_IsDynamic);
         const uint8_t* const entries = m_State.contents(m_Table).data();
@@ -85,7 +94,7 @@ private:
         }
         if (offset < m_StringsLength) {
             fields.m_Name = m_Strings + offset;
-            return true;
+            return !m_AreNamesMeasured || m_State.spendText(fields.m_Name);
         }
         return askHandler(m_Module, &ErrorHandler::symbolNameOffsetBad, number, m_IsDynamic,
                           m_Table, offset, m_StringTable, m_StringsLength);
@@ -127,6 +136,7 @@ private:
     const uint32_t m_StringTable;
     const uint64_t m_StringsLength;
     const char* const m_Strings;
+    bool m_AreNamesMeasured = false;
     bool m_HasIndexes = false;
     std::span<const uint8_t> m_Indexes; // words, as many as there are entries
     std::span<Symbol*> m_Symbols;

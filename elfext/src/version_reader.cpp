@@ -67,6 +67,8 @@ public:
         }
     }
 
+    bool isWithinLimits() const { return m_IsWithinLimits; }
+
 private:
     // Bounds the records of a section: none outside of it, and no more than could stand in it side
     // by side.
@@ -93,6 +95,13 @@ private:
         return assembleBytes<uint32_t>(bytes.data() + place, m_State.m_IsLittleEndian);
     }
 
+    // Null for an offset past the end, and for all once the read has passed its limits.
+    const char* findText(uint32_t offset) {
+        const char* const text = m_IsWithinLimits ? m_Texts.find(offset) : nullptr;
+        m_IsWithinLimits = text == nullptr ? m_IsWithinLimits : m_State.spendText(text);
+        return m_IsWithinLimits ? text : nullptr;
+    }
+
     void readDefinition(Walk& walk, uint64_t place) {
         ObjectModule& objectModule = m_State.m_Module;
         const uint16_t flags = half(walk.bytes, place + vd_flags);
@@ -110,7 +119,7 @@ private:
         const uint16_t count = half(walk.bytes, place + vd_cnt);
         uint64_t aux = place + word(walk.bytes, place + vd_aux);
         for (uint32_t i = 0; i < count && walk.visit(aux, verdauxSize); ++i) {
-            const char* const name = m_Texts.find(word(walk.bytes, aux + vda_name));
+            const char* const name = findText(word(walk.bytes, aux + vda_name));
             if (name != nullptr) {
                 definition->addDefinedVersionIdentifier(name);
             }
@@ -123,11 +132,11 @@ private:
     }
 
     void readLibrary(Walk& walk, uint64_t place) {
-        const char* const library = m_Texts.find(word(walk.bytes, place + vn_file));
         const uint16_t count = half(walk.bytes, place + vn_cnt);
         uint64_t aux = place + word(walk.bytes, place + vn_aux);
         for (uint32_t i = 0; i < count && walk.visit(aux, vernauxSize); ++i) {
-            const char* const name = m_Texts.find(word(walk.bytes, aux + vna_name));
+            const char* const library = findText(word(walk.bytes, place + vn_file));
+            const char* const name = findText(word(walk.bytes, aux + vna_name));
             if (library != nullptr && name != nullptr) {
                 addRequirement(half(walk.bytes, aux + vna_other) & numberMask,
                                half(walk.bytes, aux + vna_flags), library, name);
@@ -162,6 +171,7 @@ private:
     }
 
     ReadState& m_State;
+    bool m_IsWithinLimits = true;
     const VersionSections& m_Sections;
     const TextTable& m_Texts;
     // By number; the first of a number is the one that counts.
@@ -171,12 +181,14 @@ private:
 
 } // namespace
 
-void readVersionDefinitions(ReadState& state, const VersionSections& sections,
+bool readVersionDefinitions(ReadState& state, const VersionSections& sections,
                             const TextTable& texts) {
-    VersionReader(state, sections, texts).readDefinitions();
+    VersionReader reader(state, sections, texts);
+    reader.readDefinitions();
+    return reader.isWithinLimits();
 }
 
-void readVersions(ReadState& state, const VersionSections& sections, const TextTable& texts,
+bool readVersions(ReadState& state, const VersionSections& sections, const TextTable& texts,
                   uint32_t symbolTable) {
     const SymbolsByNumber& symbols = state.m_SymbolsByTable[symbolTable];
     TOMEX_CHECK_TEXT(sections.versym.size() / 2 == symbols.m_Count, "nversyms == ndynsyms");
@@ -184,6 +196,7 @@ void readVersions(ReadState& state, const VersionSections& sections, const TextT
     reader.readDefinitions();
     reader.readRequirements();
     reader.tieSymbols(symbols);
+    return reader.isWithinLimits();
 }
 
 } // namespace elfext

@@ -26,13 +26,14 @@ struct VersionSections {
 };
 
 // Reads the definitions alone, for a file without dynamic symbols. A chain that leaves its section
-// ends there, as does one that goes on for longer than the section is.
-void readVersionDefinitions(ReadState& state, const VersionSections& sections,
+// ends there, as does one that goes on for longer than the section is. False if the read has passed
+// its limits.
+bool readVersionDefinitions(ReadState& state, const VersionSections& sections,
                             const TextTable& texts);
 
 // Reads definitions and requirements and ties them to the symbols of the table in section
-// `symbolTable`. Entry i of `versym` belongs to symbol i.
-void readVersions(ReadState& state, const VersionSections& sections, const TextTable& texts,
+// `symbolTable`. Entry i of `versym` belongs to symbol i. False as above.
+bool readVersions(ReadState& state, const VersionSections& sections, const TextTable& texts,
                   uint32_t symbolTable);
 
 } // namespace elfext

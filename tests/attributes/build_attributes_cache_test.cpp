@@ -47,6 +47,26 @@ TEST_F(CacheTest, NamesAreKeptOnce) {
     EXPECT_STREQ(m_Cache->getVendorName(1), "Vendor");
 }
 
+// Pieces of sixteen bytes in two forms, of which the second undoes with a few bits what its first
+// half has changed: that is all it takes where a hash multiplies by one factor for each eight.
+TEST_F(CacheTest, NamesThatAreMadeToCollideAreFoundAgain) {
+    constexpr uint32_t pieces = 16;
+    constexpr uint32_t count = 1U << pieces;
+    const char* first = nullptr;
+    for (uint32_t i = 0; i < count; ++i) {
+        std::string name;
+        for (uint32_t piece = 0; piece < pieces; ++piece) {
+            name += (i >> piece & 1U) != 0 ? "aaaaaaaaaaaaaaaa"
+                                           : "aaaaaaa\xE1"
+                                             "aaaaeaa\xE1";
+        }
+        const char* const kept = m_Cache->internVendorName(name.c_str());
+        first = i == 0 ? kept : first;
+    }
+    EXPECT_EQ(m_Cache->getVendorNameCount(), count);
+    EXPECT_EQ(m_Cache->getVendorName(0), first);
+}
+
 TEST_F(CacheTest, BlocksAreKeptOnceByVendorAndBytes) {
     const BuildAttributesBlock* const block = intern("qeabi", "abc");
     EXPECT_STREQ(block->getVendorName(), "qeabi");
@@ -184,6 +204,19 @@ TEST_F(CacheTest, ADecorationMakesARecordOnce) {
     EXPECT_EQ(memo.getCount(), 1U);
     EXPECT_EQ(Witness(again), Witness(record));
     EXPECT_EQ(again.fullAttr, record.fullAttr);
+}
+
+TEST_F(CacheTest, DecorationsThatCollideAreFoundAgain) {
+    constexpr uint32_t pairs = 16;
+    BuildAttributesMemo& memo = m_Cache->getMemo();
+    const BuildAttributes record;
+    for (uint32_t i = 0; i < 1U << pairs; ++i) {
+        const std::string text = collidingText(i, pairs);
+        EXPECT_EQ(memo.find(text.c_str()), nullptr);
+        memo.add(text.c_str(), record);
+        EXPECT_NE(memo.find(text.c_str()), nullptr);
+    }
+    EXPECT_EQ(memo.getCount(), 1U << pairs);
 }
 
 TEST_F(CacheTest, ARecordOfADecorationIsThatOfItsValue) {

@@ -214,10 +214,13 @@ TEST(PrintDecoration, NothingFollowsABlockThatWasCut) {
     EXPECT_EQ(printedInto(value, 8, length), "$X$X:");
     EXPECT_EQ(printedInto(value, 5, length), "$X");
     EXPECT_EQ(length, 20U);
-    // There would be room for "$IW" if the block's place had been given back.
     value.isa = {};
     EXPECT_EQ(printedInto(value, 7, length), "$X:L88");
     EXPECT_EQ(printedInto(value, 4, length), "$X:");
+    // There would be room for "$IW" where "UL84" has none.
+    value.access[0] = 0x1 | 0x400;
+    EXPECT_EQ(printedInto(value, 10, length), "$X:L88");
+    EXPECT_EQ(length, 19U);
 }
 
 FullAttr randomValue(std::mt19937_64& random) {

@@ -307,6 +307,22 @@ TEST_F(RebuildTest, DivisionsOfTheArchitectureThatLeavesThemOpen) {
     }
 }
 
+// Where another architecture has taken the division away, only the tag decides.
+TEST_F(RebuildTest, ADivisionThatWasTakenAwayComesBackAsItsTagSays) {
+    constexpr IsaSet expected[] = {FINCH_DIVIDE, None, DIVIDE_EXTENSION, FINCH_DIVIDE};
+    for (const uint32_t profile : {uint32_t{'R'}, uint32_t{'M'}, uint32_t{'A'}}) {
+        for (uint32_t use = 0; use < std::size(expected); ++use) {
+            BuildAttributes record = recordWith(
+                {{Tag_CPU_arch, 10}, {Tag_CPU_arch_profile, profile}, {Tag_DIV_use, use}});
+            record.addAlsoCompatibilityTag({6, 9U});
+            record.rebuildFullAttr();
+            const bool isLeftOpen = profile == 'A' && use != 2;
+            EXPECT_EQ(record.fullAttr.isa & DIVIDE_EXTENSION, isLeftOpen ? None : expected[use])
+                << profile << " " << use;
+        }
+    }
+}
+
 TEST_F(RebuildTest, SoftFloatingPoint) {
     for (uint32_t args = 0; args < 5; ++args) {
         for (uint32_t model = 0; model < 4; ++model) {

@@ -57,6 +57,16 @@ inline FullAttr rebuilt(TagValues values) {
     return record.fullAttr;
 }
 
+// One of 2 ^ `pairs` texts that the usual hash of names, h * 31 + c, cannot tell apart: "Aa" and
+// "BB" have the same.
+inline std::string collidingText(uint32_t number, uint32_t pairs) {
+    std::string text;
+    for (uint32_t i = 0; i < pairs; ++i) {
+        text += (number >> i & 1U) != 0 ? "Aa" : "BB";
+    }
+    return text;
+}
+
 // All of a record but its value, in a form that compares by contents.
 struct Witness {
     explicit Witness(const BuildAttributes& record)

@@ -288,6 +288,21 @@ TEST_P(ObjectLimits, ManySymbols) {
     lists(builder.bytes(), expected);
 }
 
+// Names that share their bytes would fill a symbol table many times as long as the object.
+TEST_P(ObjectLimits, LongNamesThatShareTheirBytes) {
+    ElfBuilder builder(format());
+    builder.add({.name = ".text", .contents = "code"});
+    const size_t table =
+        builder.addSymbols(std::vector<BuiltElfSymbol>(20'000, {.name = "s", .section = 1}));
+    builder.section(table - 1).contents =
+        std::string(1, '\0') + std::string(500'000, 'x') + std::string(1, '\0');
+    std::string bytes = builder.bytes();
+    for (size_t i = 1; i <= 20'000; ++i) {
+        setSymbolField(bytes, table, i, testsupport::SymbolField::Name, i);
+    }
+    refuses(bytes, "Out of memory");
+}
+
 // Segments that all hold the same bytes, or each other like the shells of an onion.
 TEST_P(ObjectLimits, ManySegmentsOverTheSameBytes) {
     for (const bool nested : {false, true}) {

@@ -348,6 +348,55 @@ TEST_P(InjectorTest, EndlessWorkMakesASectionCorrupt) {
     EXPECT_LT(count, 5000U);
 }
 
+// The same with a single entry whose text is long. Each record would have a copy of it.
+TEST_P(InjectorTest, LongTextsAreNotCopiedWithoutEnd) {
+    constexpr uint32_t length = 1U << 16;
+    std::string scopes = build.file(text(65, '\5' + std::string(length, 't')));
+    for (uint32_t i = 0; i < 2000; ++i) {
+        scopes += build.file(number(6, i));
+    }
+    EXPECT_FALSE(inject(Pass::Pass_File, qeabi(scopes)));
+    EXPECT_GT(module().getBuildAttributesCache()->getRecordCount(), 10U);
+    EXPECT_LT(module().getBuildAttributesCache()->getRecordCount(), 200U);
+}
+
+// Names of vendors are not copied, but read whenever a record is looked up.
+TEST_P(InjectorTest, LongNamesAreNotReadWithoutEnd) {
+    std::string scopes = build.file(both(32, 1, std::string(1U << 16, 'n')));
+    for (uint32_t i = 0; i < 2000; ++i) {
+        scopes += build.file(number(6, i));
+    }
+    EXPECT_FALSE(inject(Pass::Pass_File, qeabi(scopes)));
+    EXPECT_GT(module().getBuildAttributesCache()->getRecordCount(), 10U);
+    EXPECT_LT(module().getBuildAttributesCache()->getRecordCount(), 200U);
+}
+
+TEST_P(InjectorTest, ALongNameOfAVendorIsNotReadWithoutEnd) {
+    std::string scopes;
+    for (uint32_t i = 0; i < 20000; ++i) {
+        scopes += build.file(std::to_string(i));
+    }
+    EXPECT_FALSE(
+        inject(Pass::Pass_File, "A" + build.subsection(std::string(1U << 20, 'v'), scopes)));
+    EXPECT_EQ(module().getBuildAttributesBlockCount(), 1U);
+    EXPECT_GT(module().getBuildAttributesCache()->getBlockCount(), 100U);
+    EXPECT_LT(module().getBuildAttributesCache()->getBlockCount(), 1000U);
+}
+
+// Each tag looks for the own vendor among all entries.
+TEST_P(InjectorTest, ManyTagsThatSettleTheOwnVendorAmongManyEntries) {
+    constexpr uint32_t count = 200000;
+    std::string entries;
+    std::string tags;
+    for (uint32_t i = 0; i < count; ++i) {
+        entries += both(32, i, "v");
+        tags += number(4, 0);
+    }
+    EXPECT_TRUE(inject(Pass::Pass_File,
+                       qeabi(build.file(entries)) + build.subsection("QEL", build.file(tags))));
+    EXPECT_EQ(module().getOwnBuildAttributes()->getCompatibilityTagCount(), count);
+}
+
 TEST_P(InjectorTest, ManyBodiesThatCopyLittleAreSound) {
     std::string scopes;
     for (uint32_t i = 0; i < 50000; ++i) {
@@ -364,6 +413,16 @@ TEST_P(InjectorTest, ManyVendorsAreKept) {
     }
     EXPECT_TRUE(inject(Pass::Pass_File, section));
     EXPECT_EQ(module().getBuildAttributesBlockCount(), 20000U);
+}
+
+TEST_P(InjectorTest, ManyVendorsWithNamesThatCollideAreKept) {
+    constexpr uint32_t pairs = 16;
+    std::string section = "A";
+    for (uint32_t i = 0; i < 1U << pairs; ++i) {
+        section += build.subsection(attributes::test::collidingText(i, pairs), build.file("x"));
+    }
+    EXPECT_TRUE(inject(Pass::Pass_File, section));
+    EXPECT_EQ(module().getBuildAttributesBlockCount(), 1U << pairs);
 }
 
 } // namespace

@@ -188,6 +188,17 @@ TEST(QeabiTags, WhatIsNotOverriddenIsContent) {
     EXPECT_TRUE(parseWith(qelParser, number(4, 1) + text(5, "")));
 }
 
+// A user may put a walk of its own in place of the one there is.
+TEST(QeabiTags, TheWalkItselfCanBeReplaced) {
+    class RefusingParser final : public QeabiBuildAttributesSubSubsectionParser {
+    public:
+        bool parse(const uint8_t* /*data*/, uint32_t /*length*/) override { return false; }
+    };
+    RefusingParser parser;
+    EXPECT_FALSE(
+        parseWith(static_cast<QeabiBuildAttributesSubSubsectionParser&>(parser), number(6, 1)));
+}
+
 TEST(QelTags, AreEvenOrOdd) {
     EXPECT_EQ(qelCallsFor(""), Calls{});
     for (uint32_t tag = 4; tag < 300; ++tag) {

@@ -77,9 +77,12 @@ TEST_P(AttributesWalkTest, JustTheFormatIsSound) {
 
 TEST_P(AttributesWalkTest, NothingAndAnyOtherFormatAreCorrupt) {
     EXPECT_FALSE(walk(""));
-    EXPECT_FALSE(walk("B"));
-    EXPECT_FALSE(walk("a" + build.subsection("qeabi", build.file("x"))));
-    EXPECT_EQ(calls, Calls{});
+    for (int format = 0; format < 256; ++format) {
+        const bool isSound =
+            walk(static_cast<char>(format) + build.subsection("qeabi", build.file("x")));
+        EXPECT_EQ(isSound, format == 'A') << format;
+        EXPECT_EQ(calls.empty(), format != 'A') << format;
+    }
 }
 
 TEST_P(AttributesWalkTest, DeliversAllScopesInOrder) {
@@ -103,6 +106,9 @@ TEST_P(AttributesWalkTest, AWrongLengthOfASubsectionEndsTheWalk) {
         EXPECT_FALSE(walk("A" + good + build.word(length) + ntbs("") + good)) << length;
         EXPECT_EQ(calls, Calls{"file qeabi 'x'"});
     }
+    // Four bytes are a length and nothing else, yet what follows them is not looked at.
+    EXPECT_FALSE(walk("A" + build.word(4) + good));
+    EXPECT_EQ(calls, Calls{});
     for (const uint32_t length : {6U, 100U, 0x7FFFFFFFU, 0xFFFFFFFBU, 0xFFFFFFFFU}) {
         EXPECT_FALSE(walk("A" + good + build.word(length) + ntbs(""))) << length;
         EXPECT_EQ(calls, Calls{"file qeabi 'x'"});

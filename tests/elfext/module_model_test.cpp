@@ -9,6 +9,8 @@
 
 #include <cstdio>
 #include <cstring>
+#include <functional>
+#include <iterator>
 
 namespace elfext::test {
 namespace {
@@ -399,6 +401,7 @@ TEST_F(ModuleTest, EveryChangeOutdatesTheAuxiliarySections) {
     EXPECT_TRUE(outdates([&] { text->setEntrySize(1); }));
     EXPECT_TRUE(outdates([&] { text->setLink(text); }));
     EXPECT_TRUE(outdates([&] { text->setInfo(1); }));
+    EXPECT_TRUE(outdates([&] { text->setSegment(segment); }));
     EXPECT_TRUE(outdates([&] { text->addRelocation(0, 1, symbol); }));
     EXPECT_TRUE(outdates([&] { symbol->setName("b"); }));
     EXPECT_TRUE(outdates([&] { symbol->setSize(1); }));
@@ -423,6 +426,37 @@ TEST_F(ModuleTest, EveryChangeOutdatesTheAuxiliarySections) {
     EXPECT_TRUE(outdates([&] { module().setSymbolIndex(symbol, 1); }));
     EXPECT_FALSE(outdates([&] { module().getSymbolsSortedByName(); }));
     EXPECT_FALSE(outdates([&] { text->getRelocationsSortedByOffset(); }));
+}
+
+// What the headers say decides how the tables of the file look.
+TEST_F(ModuleTest, EveryChangeOfTheFilesFieldsOutdatesTheAuxiliarySections) {
+    using DynamicValue = ObjectModule::DynamicValue;
+    const std::function<void()> changes[] = {
+        [this] { module().setMachine(EM_QEL64); },
+        [this] { module().setClass(ELFCLASS64); },
+        [this] { module().setEndianness(ELFDATA2MSB); },
+        [this] { module().setOsAbi(ELFOSABI_QEL); },
+        [this] { module().setAbiVersion(1); },
+        [this] { module().setType(ET_EXEC); },
+        [this] { module().setEntryPoint(1); },
+        [this] { module().setFlags(1); },
+        [this] { module().setIdentVersion(1); },
+        [this] { module().setVersion(1); },
+        [this] { module().setSoName("name"); },
+        [this] { module().setInit(DynamicValue(1)); },
+        [this] { module().setFini(DynamicValue(1)); },
+        [this] { module().setInitArray(DynamicValue(1)); },
+        [this] { module().setInitArraySize(DynamicValue(1)); },
+        [this] { module().setPreinitArray(DynamicValue(1)); },
+        [this] { module().setPreinitArraySize(DynamicValue(1)); },
+        [this] { module().setFiniArray(DynamicValue(1)); },
+        [this] { module().setFiniArraySize(DynamicValue(1)); },
+    };
+    for (size_t i = 0; i < std::size(changes); ++i) {
+        module().setAuxiliarySectionsUpToDate(true);
+        changes[i]();
+        EXPECT_FALSE(module().areAuxiliarySectionsUpToDate()) << i;
+    }
 }
 
 // --- Deferred contents

@@ -117,6 +117,18 @@ TEST_P(ReaderAttributesTest, EmptySectionIsCorrupted) {
     EXPECT_EQ(reports().size(), 1U);
 }
 
+// A section that was found bad before, here for its link, is seen but not read.
+TEST_P(ReaderAttributesTest, ABadSectionIsPassedOver) {
+    ElfBuilder builder = builderOf({});
+    const size_t bad = addAttributes(builder, attributesSection(scope(1, 5)));
+    std::string file = builder.bytes();
+    setSectionField(file, bad, SectionField::Link, 1000);
+    ASSERT_TRUE(readOn(file));
+    EXPECT_EQ(reports().size(), 1U);
+    EXPECT_FALSE(module().hasBuildAttributes());
+    EXPECT_NE(module().getProperties() & 0x10, 0U);
+}
+
 // --- Symbols
 
 TEST_P(ReaderAttributesTest, MarkerOfTheModule) {
@@ -237,7 +249,69 @@ TEST_P(ReaderAttributesTest, SeveralMarkersOfOneTarget) {
     both("$QEL_ISAv5$BTI", "$QEL_ISAv7");
     EXPECT_EQ(cpuArch(module()), archOf("$QEL_ISAv7"));
     EXPECT_EQ(module().getOwnBuildAttributes()->getNumber(attributes::Tag_BTI_use), 1U);
+    // Where the second text leaves nothing of the first one open, the first one stays.
+    const auto goals = [this] {
+        return module().getOwnBuildAttributes()->getNumber(attributes::Tag_ABI_optimization_goals);
+    };
+    startModule();
+    both("$QEL_ISAv7", "$QEL_ISAv7$OTIME");
+    EXPECT_EQ(goals(), 0U);
+    startModule();
+    both("$QEL_ISAv7$OTIME", "$QEL_ISAv7");
+    EXPECT_EQ(goals(), 2U);
     EXPECT_TRUE(reports().empty());
+}
+
+// Records belong to the module, not to the file that was read into it: a second file meets those
+// of the first, with what equality leaves out. Whoever does not want that takes a module for each
+// file.
+TEST_P(ReaderAttributesTest, RecordsOutliveTheFile) {
+    const auto readMarker = [this](const char* text) {
+        EXPECT_TRUE(
+            read(builderOf({reservedSymbol(std::string("BuildAttributes$") + text, elf::SHN_ABS)})
+                     .bytes()));
+        return module().getOwnBuildAttributes();
+    };
+    const BuildAttributes* const first = readMarker("$QEL_ISAv7$BTI");
+    EXPECT_EQ(first->getNumber(attributes::Tag_BTI_use), 1U);
+    const BuildAttributes* const other = readMarker("$QEL_ISAv5");
+    EXPECT_NE(other, first);
+    EXPECT_EQ(first->getNumber(attributes::Tag_BTI_use), 1U);
+    EXPECT_EQ(readMarker("$QEL_ISAv7"), first);
+    EXPECT_EQ(module().getBuildAttributesCache()->getRecordCount(), 2U);
+    startModule();
+    EXPECT_FALSE(readMarker("$QEL_ISAv7")->isPresent(attributes::Tag_BTI_use));
+}
+
+// --- Hostile files
+
+using HostileAttributesTest = ReaderTest;
+
+// The text is read once, however many symbols it decorates.
+TEST_F(HostileAttributesTest, ALongDecorationOfManySymbols) {
+    constexpr uint32_t count = 100000;
+    ElfBuilder builder;
+    builder.add({.name = ".text", .contents = "code"});
+    std::vector<BuiltElfSymbol> symbols(count, {.name = "f", .section = 1});
+    symbols.push_back(
+        reservedSymbol("f$$BuildAttributes$$" + std::string(4U << 20, 'x'), elf::SHN_ABS));
+    builder.addSymbols(symbols);
+    ASSERT_TRUE(read(builder.bytes()));
+    EXPECT_TRUE(module().getSymbol(1)->hasBuildAttributes());
+    EXPECT_TRUE(module().getSymbol(count)->hasBuildAttributes());
+}
+
+// Names are searched for a marker once, however many symbol tables share them.
+TEST_F(HostileAttributesTest, ManySymbolTablesWithTheSameNames) {
+    ElfBuilder builder;
+    const size_t strings = builder.add({.name = ".strtab",
+                                        .type = elf::SHT_STRTAB,
+                                        .contents = '\0' + std::string(4U << 20, 'B') + '\0'});
+    for (uint32_t i = 0; i < 20000; ++i) {
+        builder.addSymbolTable(".s", elf::SHT_SYMTAB, strings, {});
+    }
+    ASSERT_TRUE(read(builder.bytes()));
+    EXPECT_EQ(module().getSymtabSections().getSize(), 20000U);
 }
 
 } // namespace

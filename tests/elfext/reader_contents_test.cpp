@@ -104,6 +104,28 @@ TEST_P(ReaderContentsTest, TablesWithARemainder) {
     EXPECT_EQ(section(table).getSize(), filler.size() + 4);
 }
 
+TEST_P(ReaderContentsTest, AllKindsOfTablesWithARemainder) {
+    const RichElf plain = richElf(format());
+    for (const size_t RichElf::*table :
+         {&RichElf::symbols, &RichElf::dynamicSymbols, &RichElf::textRelocations,
+          &RichElf::dataRelocations, &RichElf::group, &RichElf::extension}) {
+        RichElf rich = plain;
+        std::string& contents = rich.builder.section(rich.*table).contents;
+        const std::string whole = contents;
+        contents += "xyz";
+        ASSERT_TRUE(read(rich.bytes()));
+        EXPECT_EQ(contentsOf(section(rich.*table)), whole + std::string(3, '\0')) << rich.*table;
+    }
+    // What is no table of entries is taken as it stands.
+    for (const size_t RichElf::*other : {&RichElf::hash, &RichElf::dynamic, &RichElf::note}) {
+        RichElf rich = plain;
+        std::string& contents = rich.builder.section(rich.*other).contents;
+        contents += "xyz";
+        ASSERT_TRUE(read(rich.bytes()));
+        EXPECT_EQ(contentsOf(section(rich.*other)), contents) << rich.*other;
+    }
+}
+
 TEST_P(ReaderContentsTest, TableWhoseRemainderIsBehindTheFile) {
     ElfBuilder builder(format());
     const size_t strings = builder.addStringTable(".strtab");
@@ -131,6 +153,23 @@ TEST_P(ReaderContentsTest, TableWithARemainderInASegment) {
     builder.addSegment({.firstSection = strings, .lastSection = table});
     ASSERT_TRUE(read(builder.bytes()));
     EXPECT_EQ(contentsOf(section(table)), filler + "rest");
+}
+
+// The image may be no longer than the table, and only what is loaded has one.
+TEST_P(ReaderContentsTest, TableThatIsAWholeSegment) {
+    for (const uint32_t type : {elf::PT_LOAD, elf::PT_NOTE}) {
+        ElfBuilder builder(format(), elf::ET_EXEC);
+        const size_t strings = builder.addStringTable(".strtab");
+        const std::string filler(symbolSize(format()), '\0');
+        const size_t table = builder.add({.name = ".symtab",
+                                          .type = elf::SHT_SYMTAB,
+                                          .contents = filler + "rest",
+                                          .link = strings});
+        builder.addSegment({.type = type, .firstSection = table, .lastSection = table});
+        ASSERT_TRUE(read(builder.bytes()));
+        EXPECT_EQ(contentsOf(section(table)),
+                  filler + (type == elf::PT_LOAD ? "rest" : std::string(4, '\0')));
+    }
 }
 
 // --- String tables

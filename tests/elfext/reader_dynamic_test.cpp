@@ -268,13 +268,14 @@ TEST_P(PreemptionTest, MapStartsWhereTheTagSays) {
 // In the processor's own ABI on a 32-bit machine the position is a file offset.
 TEST_P(PreemptionTest, FileOffsets) {
     const std::string record = bytes().word(1).word(firstText).word(0).word(0).bytes();
-    for (const uint32_t machine : {40U, 183U}) {
+    for (const uint32_t machine : {40U, 183U, 184U}) {
         for (const uint32_t osAbi : {0U, 64U}) {
             ElfBuilder builder = builderOf({{0x70000002, 0}});
-            const size_t map = builder.add({.name = ".map", .contents = record, .address = 0x5000});
+            // What is not in the file is at no file offset, and section 0 is no section.
             builder.add({.name = ".bss",
                          .type = elf::SHT_NOBITS,
-                         .raw = {{SectionField::Size, 0x10000}, {SectionField::Offset, 0}}});
+                         .raw = {{SectionField::Size, 0x1000}, {SectionField::Offset, 0}}});
+            const size_t map = builder.add({.name = ".map", .contents = record, .address = 0x5000});
             builder.header(HeaderField::Machine, machine).header(HeaderField::OsAbi, osAbi);
             std::string file = builder.bytes();
             const size_t entry = placeOf(file, m_Dynamic) + dynamicEntrySize(format()) / 2;
@@ -288,7 +289,7 @@ TEST_P(PreemptionTest, FileOffsets) {
             ASSERT_TRUE(read(file));
             EXPECT_EQ(count(), isOffset ? 1U : 0U) << machine << ' ' << osAbi;
             setPosition(0x5000);
-            setSectionField(file, 4, SectionField::Address, 0x100000);
+            setSectionField(file, 0, SectionField::Size, 0x100000);
             ASSERT_TRUE(read(file));
             EXPECT_EQ(count(), isOffset ? 0U : 1U) << machine << ' ' << osAbi;
         }
@@ -385,6 +386,73 @@ TEST_P(VersionsTest, VersionsOfARichFile) {
         EXPECT_EQ(requirementName(symbol(4)), "(none)");
     }
     EXPECT_TRUE(reports().empty());
+}
+
+// Of several versions of one number the first one is meant. Number 1 stands for none.
+TEST_P(VersionsTest, FirstVersionOfANumberCounts) {
+    ElfBuilder builder = builderOf({{DT_VERDEFNUM, 3}, {DT_VERNEEDNUM, 2}});
+    // The last section of each type is the one that counts.
+    for (const uint32_t type : {elf::SHT_GNU_verdef, elf::SHT_GNU_verneed, elf::SHT_GNU_versym}) {
+        builder.add({.name = ".empty", .type = type, .link = 1});
+    }
+    builder.addSymbolTable(".dynsym", elf::SHT_DYNSYM, 1, {reservedSymbol("other", elf::SHN_ABS)});
+    ElfBytes definitions = bytes();
+    ElfBytes requirements = bytes();
+    definitions.half(1).half(0).half(1).half(1).word(0).word(20).word(28);
+    definitions.word(secondText).word(0);
+    for (const bool isLast : {false, true}) {
+        const uint32_t name = isLast ? secondText : firstText;
+        definitions.half(1).half(0).half(0x8002).half(1).word(0).word(20).word(isLast ? 0 : 28);
+        definitions.word(name).word(0);
+        requirements.half(1).half(1).word(firstText).word(16).word(isLast ? 0 : 32);
+        requirements.word(0).half(2).half(0x8003).word(name).word(0);
+    }
+    builder.add(
+        {.name = ".d", .type = elf::SHT_GNU_verdef, .contents = definitions.bytes(), .link = 1});
+    builder.add(
+        {.name = ".r", .type = elf::SHT_GNU_verneed, .contents = requirements.bytes(), .link = 1});
+    const size_t symbols = builder.addSymbolTable(
+        ".dynsym", elf::SHT_DYNSYM, 1,
+        {reservedSymbol("a", elf::SHN_ABS), {.name = "b"}, reservedSymbol("c", elf::SHN_ABS)});
+    builder.add({.name = ".v",
+                 .type = elf::SHT_GNU_versym,
+                 .contents = bytes().half(0).half(2).half(3).half(1).bytes(),
+                 .link = symbols});
+    ASSERT_TRUE(read(builder.bytes()));
+    EXPECT_EQ(definitionName(symbol(2)), "first");
+    EXPECT_EQ(requirementName(symbol(3)), "first");
+    EXPECT_EQ(symbol(3).getSymbolVersionRequirement()->getFlags(), 2);
+    EXPECT_EQ(definitionName(symbol(4)), "(none)");
+    EXPECT_EQ(requirementName(symbol(4)), "(none)");
+}
+
+// Definitions that share their names would have far more of them together than there is room for.
+// The walk ends where records side by side would.
+TEST_P(VersionsTest, DefinitionsThatShareTheirNames) {
+    constexpr uint32_t count = 100;
+    constexpr uint32_t recordSize = 20;
+    ElfBuilder builder = builderOf({{DT_VERDEFNUM, count}});
+    ElfBytes records = bytes();
+    for (uint32_t i = 0; i < count; ++i) {
+        const uint32_t names = (count - i) * recordSize;
+        records.half(1).half(0).half(2 + i).half(count).word(0).word(names).word(recordSize);
+    }
+    for (uint32_t i = 0; i < count; ++i) {
+        records.word(firstText).word(8);
+    }
+    builder.add(
+        {.name = ".d", .type = elf::SHT_GNU_verdef, .contents = records.bytes(), .link = 1});
+    const size_t symbols = builder.addSymbolTable(
+        ".dynsym", elf::SHT_DYNSYM, 1,
+        {reservedSymbol("a", elf::SHN_ABS), reservedSymbol("b", elf::SHN_ABS)});
+    builder.add({.name = ".v",
+                 .type = elf::SHT_GNU_versym,
+                 .contents = bytes().half(0).half(2).half(50).bytes(),
+                 .link = symbols});
+    ASSERT_TRUE(read(builder.bytes()));
+    ASSERT_NE(symbol(1).getSymbolVersionDefinition(), nullptr);
+    EXPECT_EQ(symbol(1).getSymbolVersionDefinition()->getDefinedVersionIdentifierCount(), count);
+    EXPECT_EQ(symbol(2).getSymbolVersionDefinition(), nullptr);
 }
 
 // Bit 15 only hides a symbol.
@@ -489,9 +557,24 @@ TEST_P(VersionsTest, CountsFromTheTags) {
 
 // The first tag of a kind counts.
 TEST_P(VersionsTest, RepeatedCountTags) {
-    RichElf rich = richElf(format());
-    ASSERT_TRUE(readTags({{0x6FFFFFFD, 1}, {0x6FFFFFFD, 2}}));
-    EXPECT_FALSE(hasVersions());
+    const RichElf rich = richElf(format());
+    std::string file = rich.bytes();
+    const size_t width = dynamicEntrySize(format()) / 2;
+    const auto setTag = [&](uint64_t tag, uint64_t newTag, uint64_t value) {
+        size_t at = placeOf(file, rich.dynamic);
+        while (readNumber(file, at, width, format().littleEndian) != tag) {
+            at += 2 * width;
+        }
+        writeNumber(file, at, width, format().littleEndian, newTag);
+        writeNumber(file, at + width, width, format().littleEndian, value);
+    };
+    // In front of the two counts of the file stand one record of definitions, and none required.
+    setTag(DT_NEEDED, DT_VERDEFNUM, 1);
+    setTag(DT_NEEDED, DT_VERNEEDNUM, 0);
+    ASSERT_TRUE(read(file));
+    EXPECT_NE(module().getFileVersionDefinition(), nullptr);
+    EXPECT_EQ(definitionName(symbol(1)), "(none)");
+    EXPECT_EQ(requirementName(symbol(3)), "(none)");
 }
 
 TEST_P(VersionsTest, RecordsThatLeaveTheSection) {

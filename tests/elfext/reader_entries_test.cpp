@@ -409,6 +409,24 @@ TEST_F(ReaderEntriesTest, FileThatGotShorterSinceItWasRead) {
     EXPECT_EQ(reports().back(), (Report{0, "I/O error reading" + tail}));
 }
 
+// The same where the caller opened the stream: the module lets go of it, and the caller closes it.
+TEST_F(ReaderEntriesTest, CallersStreamThatGotShorterIsStillTheCallers) {
+    const RichElf rich = largeFile();
+    write(rich.bytes());
+    std::FILE* const stream = openFile();
+    BySizeDeferredContentsSelector selector(0);
+    ASSERT_TRUE(readElfFile(stream, &module(), &selector));
+    m_Folder.write("file.o", "short");
+    EXPECT_EQ(section(rich.data).getContents(), nullptr);
+    EXPECT_EQ(reports(), Reports({{0, "I/O error writing file: Unknown error -1"}}));
+    EXPECT_EQ(section(rich.text).getContents(), nullptr);
+    EXPECT_EQ(reports().back(), (Report{0, "I/O error reading file: Unknown error -1"}));
+    startModule();
+    EXPECT_EQ(openFileCount(), m_OpenFiles + 1);
+    EXPECT_EQ(std::fclose(stream), 0);
+    expectFilesClosed();
+}
+
 TEST_F(ReaderEntriesDeathTest, Preconditions) {
     EXPECT_FAULT(readElfFile(static_cast<const char*>(nullptr), &module(), nullptr),
                  "elfext/src/elf_object_module_reader", "fileName != NULL");

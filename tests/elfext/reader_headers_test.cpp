@@ -3,12 +3,23 @@
 
 #include "tests/support/elf_fields.h"
 
+#include <array>
+
 namespace elfext::test {
 namespace {
 
 using namespace testsupport;
 
-class ReaderHeadersTest : public ReaderFormatTest {};
+class ReaderHeadersTest : public ReaderFormatTest {
+protected:
+    // In how many regions the three headers lie.
+    using ElfHeaderCounts = std::array<uint32_t, 3>;
+    ElfHeaderCounts countsOfHeaders() {
+        return {module().getElfHeader().getContainerCount(),
+                module().getSectionHeaderTable().getContainerCount(),
+                module().getProgramHeaderTable().getContainerCount()};
+    }
+};
 INSTANTIATE_FORMATS(ReaderHeadersTest);
 
 TEST_P(ReaderHeadersTest, HeaderFields) {
@@ -64,6 +75,54 @@ TEST_P(ReaderHeadersTest, HeaderRegions) {
     EXPECT_TRUE(module().getProgramHeaderTable().getFileRange(&offset, &size));
     EXPECT_EQ(offset, module().getProgramHeaderOffset());
     EXPECT_EQ(size, programHeaderSize(format()) * 5);
+}
+
+// Neither the sizes of entries that the header states make the regions, nor counts without a table.
+TEST_P(ReaderHeadersTest, HeaderRegionsAreWhatIsRead) {
+    const RichElf rich = richElf(format(), elf::ET_EXEC);
+    std::string file = rich.bytes();
+    setHeaderField(file, HeaderField::SectionHeaderSize, 99);
+    setHeaderField(file, HeaderField::ProgramHeaderSize, 98);
+    ASSERT_TRUE(read(file));
+    uint64_t offset = 0;
+    uint64_t size = 0;
+    EXPECT_TRUE(module().getSectionHeaderTable().getFileRange(&offset, &size));
+    EXPECT_EQ(size, sectionHeaderSize(format()) * (rich.names + 1));
+    EXPECT_TRUE(module().getProgramHeaderTable().getFileRange(&offset, &size));
+    EXPECT_EQ(size, programHeaderSize(format()) * 5);
+    setHeaderField(file, HeaderField::ProgramHeaderOffset, 0);
+    setHeaderField(file, HeaderField::ProgramHeaderCount, 0xFFFF);
+    ASSERT_TRUE(readOn(file));
+    EXPECT_TRUE(module().getProgramHeaderTable().getFileRange(&offset, &size));
+    EXPECT_EQ(size, 0U);
+}
+
+// What one read has found out of the headers does not reach the next one.
+TEST_P(ReaderHeadersTest, HeaderRegionsOfASecondRead) {
+    const RichElf rich = richElf(format(), elf::ET_EXEC);
+    ElfHeaderCounts first;
+    ASSERT_TRUE(read(rich));
+    first = countsOfHeaders();
+    ASSERT_TRUE(read(rich));
+    EXPECT_EQ(countsOfHeaders(), first);
+    EXPECT_FALSE(read("nothing"));
+    EXPECT_EQ(countsOfHeaders(), ElfHeaderCounts());
+    uint64_t offset = 0;
+    uint64_t size = 0;
+    EXPECT_FALSE(module().getProgramHeaderTable().getFileRange(&offset, &size));
+    EXPECT_FALSE(module().getSectionHeaderTable().getFileRange(&offset, &size));
+}
+
+// Segments alone do not count as contents, but go with them.
+TEST_P(ReaderHeadersTest, SegmentsOfAFailedRead) {
+    ElfBuilder builder(format(), elf::ET_EXEC);
+    builder.addSegment({.type = elf::PT_NOTE, .alignment = 0});
+    builder.header(HeaderField::SectionHeaderOffset, 0).header(HeaderField::NameTableIndex, 0);
+    ASSERT_TRUE(read(builder.bytes()));
+    ASSERT_EQ(module().getSegmentCount(), 1U);
+    EXPECT_TRUE(module().isEmpty());
+    EXPECT_FALSE(read("nothing"));
+    EXPECT_EQ(module().getSegmentCount(), 0U);
 }
 
 TEST_P(ReaderHeadersTest, RelocatableFileHasNoProgramHeaderRegion) {

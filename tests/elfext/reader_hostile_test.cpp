@@ -15,6 +15,13 @@ class ReaderHostileTest : public ReaderTest {
 protected:
     static constexpr ElfFormat wide = {true, true};
 
+    // A string table of one text of 0x80000 bytes, and "short" behind it.
+    static size_t addLongText(ElfBuilder& builder) {
+        return builder.add({.name = ".long",
+                            .type = elf::SHT_STRTAB,
+                            .contents = std::string(1, '\0') + std::string(0x80000 - 1, 'x') +
+                                        '\0' + "short" + '\0'});
+    }
     void expectOutOfMemory() {
         ASSERT_FALSE(reports().empty());
         EXPECT_EQ(reports().back(), (Report{0, "Out of memory"}));
@@ -237,6 +244,187 @@ TEST_F(ReaderHostileTest, LongNamesThatShareTheirBytes) {
     }
     EXPECT_FALSE(read(file));
     expectOutOfMemory();
+}
+
+// The same without a marker: whoever lists the names would copy them.
+TEST_F(ReaderHostileTest, LongSymbolNamesThatShareTheirBytes) {
+    for (const uint32_t type : {elf::SHT_SYMTAB, elf::SHT_DYNSYM}) {
+        ElfBuilder builder(wide);
+        const size_t strings = addLongText(builder);
+        const size_t table =
+            builder.addSymbolTable(".symbols", type, strings, std::vector<BuiltElfSymbol>(20000));
+        std::string file = builder.bytes();
+        for (size_t i = 1; i <= 20000; ++i) {
+            setSymbolField(file, table, i, SymbolField::Name, i);
+        }
+        startModule();
+        EXPECT_FALSE(read(file));
+        expectOutOfMemory();
+    }
+}
+
+// Each group's signature is looked up.
+TEST_F(ReaderHostileTest, ManyGroupsOfOneLongSignature) {
+    ElfBuilder builder(wide);
+    const size_t strings = addLongText(builder);
+    const size_t table = builder.addSymbolTable(".symtab", elf::SHT_SYMTAB, strings, {{}});
+    for (int i = 0; i < 10000; ++i) {
+        builder.addGroup(".group", table, 1, elf::GRP_COMDAT, {});
+    }
+    std::string file = builder.bytes();
+    setSymbolField(file, table, 1, SymbolField::Name, 1);
+    EXPECT_FALSE(read(file));
+    expectOutOfMemory();
+}
+
+// Signatures that all have one hash: each is looked for among all others.
+TEST_F(ReaderHostileTest, ManyGroupsWhoseSignaturesHaveOneHash) {
+    constexpr uint32_t count = 20000;
+    ElfBuilder builder(wide);
+    std::vector<BuiltElfSymbol> symbols;
+    for (uint32_t i = 0; i < count; ++i) {
+        std::string name;
+        for (uint32_t bit = 1; bit < count; bit *= 2) {
+            name += (i & bit) != 0 ? "Aa" : "BB";
+        }
+        symbols.push_back(reservedSymbol(name, elf::SHN_ABS));
+    }
+    EXPECT_EQ(Stringlett(symbols.front().name.c_str()).getHash(),
+              Stringlett(symbols.back().name.c_str()).getHash());
+    const size_t table = builder.addSymbols(symbols);
+    for (uint32_t i = 1; i <= count; ++i) {
+        builder.addGroup(".group", table, i, elf::GRP_COMDAT, {});
+    }
+    EXPECT_FALSE(read(builder.bytes()));
+    expectOutOfMemory();
+}
+
+// As many with different ones are no burden.
+TEST_F(ReaderHostileTest, ManyGroups) {
+    constexpr uint32_t count = 20000;
+    ElfBuilder builder(wide);
+    std::vector<BuiltElfSymbol> symbols;
+    for (uint32_t i = 0; i < count; ++i) {
+        symbols.push_back(reservedSymbol("signature" + std::to_string(i), elf::SHN_ABS));
+    }
+    const size_t table = builder.addSymbols(symbols);
+    for (uint32_t i = 1; i <= count; ++i) {
+        builder.addGroup(".group", table, i, elf::GRP_COMDAT, {});
+    }
+    EXPECT_TRUE(read(builder.bytes()));
+    EXPECT_EQ(module().getGroupCount(), count);
+}
+
+TEST_F(ReaderHostileTest, ManyTagsOfLongTexts) {
+    for (const uint32_t tag : {DT_NEEDED, DT_SONAME, DT_RPATH, DT_RUNPATH}) {
+        ElfBuilder builder(wide);
+        const size_t strings = addLongText(builder);
+        std::vector<BuiltDynamicTag> tags;
+        for (uint64_t i = 1; i <= 10000; ++i) {
+            tags.push_back({tag, i});
+        }
+        builder.addDynamic(strings, tags);
+        startModule();
+        EXPECT_FALSE(read(builder.bytes())) << tag;
+        expectOutOfMemory();
+    }
+}
+
+// Tags that are no texts do not count what stands at their value.
+TEST_F(ReaderHostileTest, ManyTagsOfNumbers) {
+    ElfBuilder builder(wide);
+    builder.addDynamic(addLongText(builder), std::vector<BuiltDynamicTag>(10000, {DT_INIT, 1}));
+    EXPECT_TRUE(read(builder.bytes()));
+}
+
+// Each version's name is hashed, and a required one's library is kept with it.
+TEST_F(ReaderHostileTest, ManyVersionsOfLongNames) {
+    constexpr uint32_t count = 10000;
+    for (const bool required : {false, true}) {
+        for (const bool longLibrary : {false, true}) {
+            ElfBuilder builder(wide, elf::ET_DYN);
+            const size_t strings = addLongText(builder);
+            ElfBytes records(wide);
+            if (required) {
+                records.half(1).half(count).word(longLibrary ? 1 : 0x80001).word(16).word(0);
+            } else {
+                records.half(1).half(0).half(2).half(count).word(0).word(20).word(0);
+            }
+            for (uint32_t i = 1; i <= count; ++i) {
+                const uint32_t name = longLibrary && required ? 0x80001 : i;
+                const uint32_t next = required ? 16 : 8;
+                if (required) {
+                    records.word(0).half(0).half(2);
+                }
+                records.word(name).word(i < count ? next : 0);
+            }
+            builder.addDynamic(strings, {{required ? DT_VERNEEDNUM : DT_VERDEFNUM, 1}});
+            builder.add({.name = ".records",
+                         .type = required ? elf::SHT_GNU_verneed : elf::SHT_GNU_verdef,
+                         .contents = records.bytes(),
+                         .link = strings});
+            const size_t symbols = builder.addSymbolTable(".dynsym", elf::SHT_DYNSYM, strings, {});
+            builder.add({.name = ".versym",
+                         .type = elf::SHT_GNU_versym,
+                         .contents = std::string(2, '\0'),
+                         .link = symbols});
+            startModule();
+            EXPECT_FALSE(read(builder.bytes())) << required << longLibrary;
+            expectOutOfMemory();
+            EXPECT_EQ(reports().size(), 1U);
+        }
+    }
+}
+
+TEST_F(ReaderHostileTest, PreemptionsOfLongNames) {
+    ElfBuilder builder(wide);
+    const size_t strings = addLongText(builder);
+    ElfBytes map(wide);
+    map.word(10000).word(1).word(1);
+    for (uint32_t i = 1; i <= 10000; ++i) {
+        map.word(i);
+    }
+    builder.addDynamic(strings, {{DT_QEL_PREEMPTMAP, 0x5000000}});
+    builder.add({.name = ".map", .contents = map.bytes(), .address = 0x5000000});
+    EXPECT_FALSE(read(builder.bytes()));
+    expectOutOfMemory();
+}
+
+// From a stream the names of sections are copied, too.
+TEST_F(ReaderHostileTest, LongSectionNamesOfAStream) {
+    ElfBuilder builder(wide);
+    builder.add({.name = ".data", .contents = std::string(0x100000, 'x')});
+    for (int i = 0; i < 10000; ++i) {
+        builder.add({});
+    }
+    const size_t strings = addLongText(builder);
+    std::string file = builder.bytes();
+    setHeaderField(file, HeaderField::NameTableIndex, strings);
+    for (size_t i = 1; i <= 10001; ++i) {
+        setSectionField(file, i, SectionField::Name, i);
+    }
+    const ScratchFolder folder;
+    folder.write("large", file);
+    EXPECT_FALSE(readElfFile(folder.pathOf("large").c_str(), &module(), nullptr));
+    expectOutOfMemory();
+    // In memory they stay where they are.
+    startModule();
+    EXPECT_TRUE(read(file));
+}
+
+// A map in contents that stay in the file is fetched for each tag that leads to it. The fetch that
+// passes the limit ends the read, as its report says.
+TEST_F(ReaderHostileTest, ManyMapsInDeferredContents) {
+    ElfBuilder builder(wide);
+    const size_t strings = builder.addStringTable(".dynstr");
+    builder.addDynamic(strings, std::vector<BuiltDynamicTag>(100, {DT_QEL_PREEMPTMAP, 0x5000000}));
+    builder.add({.name = ".map", .contents = std::string(0x180000, '\0'), .address = 0x5000000});
+    const ScratchFolder folder;
+    folder.write("large", builder.bytes());
+    BySizeDeferredContentsSelector selector(0x1000);
+    EXPECT_FALSE(readElfFile(folder.pathOf("large").c_str(), &module(), &selector));
+    expectOutOfMemory();
+    EXPECT_EQ(reports().size(), 1U);
 }
 
 TEST_F(ReaderHostileTest, ManyPreemptionTags) {

@@ -389,6 +389,17 @@ TEST_P(PropertiesTest, AuxiliarySectionsThatProgramsUse) {
     EXPECT_EQ(propertiesOf(withRelocations), fromFile);
 }
 
+TEST_P(PropertiesTest, AuxiliarySectionOfADynamicSymbol) {
+    ElfBuilder builder(format());
+    const size_t strings = builder.addStringTable(".dynstr");
+    builder.addSymbolTable(".dynsym", elf::SHT_DYNSYM, strings,
+                           {{.name = "s", .section = static_cast<uint32_t>(strings)}});
+    EXPECT_EQ(propertiesOf(builder.bytes()), fromFile | 0x40000000);
+    module().setAuxiliarySectionsUpToDate(true);
+    EXPECT_EQ(propertiesOf(builder.bytes()), fromFile | 0x40000000);
+    EXPECT_FALSE(module().areAuxiliarySectionsUpToDate());
+}
+
 TEST_P(PropertiesTest, AttributesSectionAndSymbols) {
     ElfBuilder builder(format());
     builder.add({.name = ".QEL.attributes", .type = elf::SHT_QEL_ATTRIBUTES, .contents = "A"});

@@ -84,6 +84,17 @@ TEST_P(ReaderRegionsTest, SegmentContainsItsParts) {
     EXPECT_EQ(containersOf(module().getElfHeader()), std::vector<FileRegion*>{&segment(0)});
 }
 
+// The ELF header takes as many bytes as it says.
+TEST_P(ReaderRegionsTest, SizeOfTheElfHeader) {
+    for (const uint64_t size : {uint64_t{0}, elfHeaderSize(format())}) {
+        ElfBuilder builder = builderOf(format(), elf::ET_EXEC, {8});
+        builder.addSegment({.firstSection = 0, .lastSection = 1});
+        builder.header(HeaderField::HeaderSize, size);
+        ASSERT_TRUE(read(builder.bytes()));
+        EXPECT_EQ(module().getElfHeader().getContainerCount(), size != 0 ? 1U : 0U);
+    }
+}
+
 // Of two with one start, the one that is listed earlier contains the other.
 TEST_P(ReaderRegionsTest, EqualStarts) {
     ElfBuilder builder = builderOf(format(), elf::ET_EXEC, {8});
@@ -123,6 +134,17 @@ TEST_P(ReaderRegionsTest, OrderOfOverlapReports) {
     EXPECT_EQ(reports(), Reports({{1, "Sections #1 and #4 overlap in the file"},
                                   {1, "Sections #2 and #3 overlap in the file"},
                                   {1, "Sections #2 and #4 overlap in the file"}}));
+}
+
+// Two parts of a third one overlap it both, though not each other.
+TEST_P(ReaderRegionsTest, PartsOfOneSection) {
+    std::string file = builderOf(format(), elf::ET_REL, {32, 4, 4}).bytes();
+    setSectionField(file, 2, SectionField::Offset, placeOf(file, 1) + 8);
+    setSectionField(file, 3, SectionField::Offset, placeOf(file, 1) + 20);
+    ASSERT_TRUE(readOn(file));
+    EXPECT_EQ(reports(), Reports({{1, "Sections #1 and #2 overlap in the file"},
+                                  {1, "Sections #1 and #3 overlap in the file"}}));
+    EXPECT_EQ(containersOf(section(3)), std::vector<FileRegion*>{&section(1)});
 }
 
 TEST_P(ReaderRegionsTest, AllPairsOfOneStretch) {
@@ -393,6 +415,23 @@ TEST_P(RawDataTest, HeadersAreNoRawData) {
     }
 }
 
+// The program headers of a relocatable file are no region: nothing contains them, and what a
+// segment holds of them is raw data.
+TEST_P(RawDataTest, ProgramHeadersOfARelocatableFile) {
+    for (const uint16_t type : {elf::ET_REL, elf::ET_DYN}) {
+        ElfBuilder builder = builderOf(format(), type, {0x10});
+        builder.addSegment({.firstSection = 0, .lastSection = 1});
+        const std::string file = builder.bytes();
+        ASSERT_TRUE(read(file));
+        const Block headers = {elfHeaderSize(format()), programHeaderSize(format())};
+        const std::vector<Block> found = blocks();
+        const bool isRaw =
+            !found.empty() && found[0].offset == headers.offset && found[0].size >= headers.size;
+        EXPECT_EQ(isRaw, type == elf::ET_REL);
+        EXPECT_EQ(module().getProgramHeaderTable().getContainerCount(), isRaw ? 0U : 1U);
+    }
+}
+
 // Each start or end of a segment ends a stretch.
 TEST_P(RawDataTest, SegmentsThatOverlap) {
     ASSERT_TRUE(read(
@@ -437,6 +476,18 @@ TEST_P(RawDataTest, SegmentFetchedForASectionOutranks) {
 TEST_P(RawDataTest, SegmentsOfNoBytes) {
     ASSERT_TRUE(read(fileOf({{elf::PT_LOAD, 0x200, 0, 0, 0x100}})));
     EXPECT_TRUE(blocks().empty());
+}
+
+// Of a file in memory nothing is copied.
+TEST_P(RawDataTest, BlocksReferToTheFileInMemory) {
+    const std::string file = fileOf({{elf::PT_LOAD, 0x200, 0x100, 0, 0x100}});
+    startModule();
+    ASSERT_TRUE(readElfBuffer(testFileName, reinterpret_cast<const uint8_t*>(file.data()),
+                              file.size(), &module(), nullptr));
+    ASSERT_EQ(module().getRawDataBlocks().getSize(), 1U);
+    const Buffer& contents = module().getRawDataBlocks()[0]->getContents();
+    EXPECT_EQ(reinterpret_cast<const char*>(contents.getData()), file.data() + 0x200);
+    EXPECT_EQ(contents.getSize(), 0x100U);
 }
 
 // In a file that is read in place blocks are read from it.

@@ -422,6 +422,14 @@ const ReportCase linkCases[] = {
                 " contains 2 entries, but its associated symbol table section " +
                 hash(sample.rich.symbols) + " contains " + number(RichSymbol_Count);
      }},
+    {"ShndxSizeTooLarge", 0, Outcome_Impossible,
+     [](Sample& sample) {
+         sample.rich.builder.section(sample.rich.extension).contents += std::string(4, '\0');
+         return "SHT_SYMTAB_SHNDX section " + hash(sample.rich.extension) + " contains " +
+                number(RichSymbol_Count + 1) +
+                " entries, but its associated symbol table section " + hash(sample.rich.symbols) +
+                " contains " + number(RichSymbol_Count);
+     }},
     {"PreemptionMapIndex", 0, Outcome_Impossible,
      [](Sample& sample) {
          return badIndex(sample, "Preemption map", sample.rich.preemptionMap, "string table");

@@ -78,6 +78,27 @@ TEST_F(SymbolOrderTest, ChangesOfNameCategoryAndPlaceOutdateTheLists) {
     EXPECT_FALSE(outdates([&] { symbol->setSize(5); }));
 }
 
+// Dynamic symbols have addresses by their sections, too.
+TEST_F(SymbolOrderTest, DynamicSymbolsMoveWithTheirSection) {
+    Section* const other = makeSection(".other");
+    other->setAddress(50);
+    module().createDynamicHostedSymbol(named("moving"), other, 0);
+    module().createDynamicAbsoluteSymbol(named("fixed"), 100);
+    EXPECT_EQ(namesOf(module().getDynamicSymbolsSortedByAddress()), (Names{"moving", "fixed"}));
+    other->setAddress(200);
+    EXPECT_EQ(namesOf(module().getDynamicSymbolsSortedByAddress()), (Names{"fixed", "moving"}));
+}
+
+TEST_F(SymbolOrderTest, DynamicTiesFollowTheTableAfterAMove) {
+    Symbol* const first = module().createDynamicAbsoluteSymbol(named("a"), 1);
+    Symbol* const second = module().createDynamicAbsoluteSymbol(named("a"), 1);
+    EXPECT_EQ(elementsOf(module().getDynamicSymbolsSortedByName()),
+              (std::vector<Symbol*>{first, second}));
+    module().setDynamicSymbolIndex(second, 1);
+    EXPECT_EQ(elementsOf(module().getDynamicSymbolsSortedByName()),
+              (std::vector<Symbol*>{second, first}));
+}
+
 TEST_F(SymbolOrderTest, TiesFollowTheTableAfterAMove) {
     Symbol* const first = module().createAbsoluteSymbol(named("a"), 1);
     Symbol* const second = module().createAbsoluteSymbol(named("a"), 1);
