@@ -5,6 +5,7 @@
 // forth: shown as a command line and read again, they must be the same.
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>

@@ -2,7 +2,10 @@
 //
 // Not the words that were given, but the state that they led to: each parameter that was set and
 // differs from its default, in the order of the parameters and in the most canonical spelling, then
-// the positional words. Read again, as the contents of a via file, it leads to the same state.
+// the positional words. Read again, as a text in memory, it leads to the same values; as a via file
+// it does so too unless a word is too long for one or a text has a "#" or a ";" (see via_file.h),
+// which begin comments there. The end of a line as part of a text has no spelling in either. How
+// the words were spelled, and what was reported of that, is not part of the state.
 #pragma once
 
 #include "tabledrivenparser/interface/parser.h"

@@ -24,6 +24,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <memory>
 
 namespace tabledrivenparser {
 
@@ -33,7 +34,8 @@ public:
 
     // Opens the file of that name and reads its first stretch. What fails is reported to
     // `reporter` as fatal, with the name as given; there are no words then. Takes the buffer and a
-    // copy of the name from the default region, which keeps them.
+    // copy of the name from the default region, which keeps them. The file is closed if the
+    // reporter throws.
     ViaFile(const char* name, Reporter& reporter);
     // Closes the file; warns if that fails.
     ~ViaFile() override;
@@ -50,6 +52,10 @@ protected:
     // Characters are counted from the start of the buffer; -1 is where the scan begins.
     using Position = std::ptrdiff_t;
 
+    struct FileCloser {
+        void operator()(std::FILE* file) const { std::fclose(file); }
+    };
+
     uint32_t m_bufferSize = 0;
     Reporter& m_reporter;
     // What ended the last word. 0 after the last word and after a failure.
@@ -63,7 +69,7 @@ protected:
     Position m_writeCursor = -1;
     Position m_dataEnd = 0;
     const char* m_fileName = nullptr;
-    std::FILE* m_file = nullptr;
+    std::unique_ptr<std::FILE, FileCloser> m_file;
 
 private:
     bool fail(uint32_t key);

@@ -32,20 +32,12 @@ void writeList(TextBuffer& text, Parser& parser, const OptionRow& option) {
 } // namespace
 
 void reportSelectableArguments(Parser& parser, const OptionRow& option) {
-    char usualBuffer[2048];
-    TextBuffer text;
-    text.capacity = sizeof usualBuffer;
-    text.text = usualBuffer;
-    writeList(text, parser, option);
-    if (!text.fits()) {
-        uint32_t size = text.length;
-        text = TextBuffer();
-        text.capacity = size;
-        text.text = static_cast<char*>(alloclib::allocate(alloclib::defaultRegion(), size, 1));
-        writeList(text, parser, option);
-    }
+    char usual[2048];
+    TextBuffer buffer{.capacity = sizeof usual, .text = usual};
+    const char* list =
+        writeWhole(buffer, [&](TextBuffer& text) { writeList(text, parser, option); });
     parser.reporter().reportParseMessage(ParserSeverity_Information,
-                                         ParserMessage_SelectableArguments, option.name, text.text);
+                                         ParserMessage_SelectableArguments, option.name, list);
     parser.parameters().listShown = 1;
 }
 

@@ -33,18 +33,12 @@ const char* typeName(uint32_t type) {
 }
 
 std::string valueText(const ParameterDescriptor& descriptor, uint64_t value) {
-    auto write = [&](TextBuffer& buffer) {
-        buffer.separator = dumpSeparator;
-        writeValue(buffer, descriptor.type, value, descriptor.constraints, "", 0);
-    };
-    TextBuffer measure;
-    write(measure);
-    std::string text(measure.length, '\0');
-    TextBuffer buffer;
-    buffer.capacity = measure.length;
-    buffer.text = text.data();
-    write(buffer);
-    return text;
+    char usual[256];
+    TextBuffer buffer{.capacity = sizeof usual, .text = usual, .separator = dumpSeparator};
+    return writeWhole(buffer, [&](TextBuffer& text) {
+        writeValue(text, descriptor.type, value, descriptor.constraints, "", 0);
+        text.add('\0');
+    });
 }
 
 // The text of what a bare option stands for: of a vector that is one element.

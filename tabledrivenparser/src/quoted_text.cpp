@@ -1,10 +1,12 @@
 // A text has two spellings, both made to be read by word_scan.h.
 //
 // The bare one puts a backslash before each double quote. It is the usual one, and what people
-// expect to see, but it cannot hold white space, and some texts with a backslash, a single quote or
-// a parenthesis would be read as something else. Those get the other one, between double quotes,
-// where a backslash takes the meaning from a quote and from another backslash. Which of the two it
-// is, is settled by reading the bare one back.
+// expect to see, but some texts with a backslash, a single quote, a parenthesis or white space
+// would be read as something else. Those get the other one, between double quotes, where a
+// backslash takes the meaning from a quote and from another backslash. Which of the two it is, is
+// settled by reading the bare one back. Only a text with a blank or a tab never stands bare, also
+// where parentheses would keep it together: required by what else reads the shown line and knows of
+// quotes alone.
 
 #include "tabledrivenparser/src/quoted_text.h"
 
@@ -59,6 +61,10 @@ void spellInQuotes(const char* text, Put put) {
     put('"');
 }
 
+bool hasBlankOrTab(const char* text) {
+    return std::strpbrk(text, " \t") != nullptr;
+}
+
 // Whether the bare spelling of `text` gives `text` when it is read.
 bool readsBackBare(const char* text) {
     WordScan scan;
@@ -92,7 +98,7 @@ bool readsBackBare(const char* text) {
 
 void writeQuoted(TextBuffer& buffer, const char* text) {
     auto put = [&](char character) { buffer.add(character); };
-    if (*text != 0 && readsBackBare(text)) {
+    if (*text != 0 && !hasBlankOrTab(text) && readsBackBare(text)) {
         spellBare(text, put);
     } else {
         spellInQuotes(text, put);

@@ -1,5 +1,7 @@
 #include "tabledrivenparser/interface/text_buffer.h"
 
+#include "alloclib/interface/default_region.h"
+
 #include <limits>
 
 namespace tabledrivenparser {
@@ -17,6 +19,13 @@ void TextBuffer::addText(const char* added) {
     for (; *added != 0; ++added) {
         add(*added);
     }
+}
+
+void makeRoom(TextBuffer& buffer) {
+    buffer.capacity = buffer.length;
+    buffer.text =
+        static_cast<char*>(alloclib::allocate(alloclib::defaultRegion(), buffer.capacity, 1));
+    buffer.length = 0;
 }
 
 } // namespace tabledrivenparser

@@ -32,7 +32,7 @@ ViaFile::ViaFile(const char* name, Reporter& reporter)
     m_fileName = alloclib::copyString(region, name);
     {
         platform::OwnedText systemName = platform::longSystemPath(name);
-        m_file = systemName == nullptr ? nullptr : std::fopen(systemName.get(), "rb");
+        m_file.reset(systemName == nullptr ? nullptr : std::fopen(systemName.get(), "rb"));
     }
     if (m_file == nullptr) {
         fail(ParserMessage_ViaFileNotOpened);
@@ -47,7 +47,7 @@ ViaFile::ViaFile(char* text, Reporter& reporter, const char* name)
 }
 
 ViaFile::~ViaFile() {
-    if (m_file != nullptr && std::fclose(m_file) != 0) {
+    if (m_file != nullptr && std::fclose(m_file.release()) != 0) {
         m_reporter.reportParseMessage(ParserSeverity_Warning, ParserMessage_ViaFileNotClosed,
                                       m_fileName);
     }
@@ -73,9 +73,9 @@ bool ViaFile::fail(uint32_t key) {
 bool ViaFile::fill(Position from, Position to) {
     bool isComment = false;
     while (from < to) {
-        int character = std::fgetc(m_file);
+        int character = std::fgetc(m_file.get());
         if (character == EOF) {
-            if (std::ferror(m_file) != 0) {
+            if (std::ferror(m_file.get()) != 0) {
                 return fail(ParserMessage_ViaFileNotRead);
             }
             m_buffer[from] = 0;

@@ -118,6 +118,8 @@ TEST_F(ShowCommandLine, WordsAreQuotedAsNeeded) {
               "[tomex --show_cmdline \"my lib.a\" a,b q\\\"r \"s t\\\"u\" \"\" \"v w\\\\\" x\\]");
     EXPECT_EQ(shown({"--show_cmdline", "-a", "", "-b", "=x", "--libattrmap=", "lib.a", "==y"}),
               "[tomex --show_cmdline -a \"\" -b =x --libattrmap=\"\" lib.a ==y]");
+    EXPECT_EQ(shown({"--show_cmdline", "-a", "(x y)", "lib.a", "(a b)", "x(1\t2)", "(c)"}),
+              "[tomex --show_cmdline -a\"(x y)\" lib.a \"(a b)\" \"x(1\t2)\" (c)]");
 }
 
 TEST_F(ShowCommandLine, EndOfOptionsIsShownBeforeTheOperands) {
@@ -164,13 +166,15 @@ TEST_F(ShowCommandLine, LostLineIsALostOutput) {
     EXPECT_EQ(testsupport::run(command).status, 1);
 }
 
-// What is shown, put into a via file, gives the same run.
+// What is shown, put into a via file, gives the same run for lines like these. The tests behind it
+// tell of the others.
 TEST_F(ShowCommandLine, ShownLineGivesTheSameRun) {
     file("my file.o", "x");
     file("it's(1.o", "y");
     file("q\"\\.o", "z");
     file("=e.o", "e");
     file("-v", "dash");
+    file("(p q).o", "p");
     const std::vector<Words> runs = {
         {"-tv", "lib.a"},
         {"-t", "lib.a", "b*"},
@@ -180,6 +184,8 @@ TEST_F(ShowCommandLine, ShownLineGivesTheSameRun) {
         {"-rcv", "new.a", "my file.o", "it's(1.o", "q\"\\.o", "==e.o"},
         {"-qc", "my new.a", "--normalise=5", "a.o", "*.o"},
         {"-rv", "-a", "a.o", "lib.a", "my file.o"},
+        {"-rv", "lib.a", "(p q).o"},
+        {"-mv", "-b", "(p q).o", "lib.a", "b.o"},
         {"-mv", "-i", "a.o", "lib.a", "b.o"},
         {"-dv", "lib.a", "b.o", "none"},
         {"--create", "lib.a", "a.o"},
@@ -227,6 +233,47 @@ TEST_F(ShowCommandLine, ShownLineGivesTheSameRun) {
         EXPECT_TRUE(ended(second, first.status, first.output, first.error));
         EXPECT_TRUE(archives() == firstArchives) << second;
     }
+}
+
+// A joined list is one word, however it was given.
+TEST_F(ShowCommandLine, ListTooLongForAViaFileIsShownAndCannotBeReadAgain) {
+    for (const int count : {100, 300}) {
+        std::string list = "6875";
+        std::string words = "--diag_suppress=6875\n";
+        for (int index = 1; index < count; ++index) {
+            list += ",6875";
+            words += "--diag_suppress=6875\n";
+        }
+        const std::string line = "--show_cmdline -t --diag_suppress=" + list + " lib.a";
+        folder.write("w.via", "--show_cmdline -t lib.a\n" + words);
+        EXPECT_TRUE(ended(tomex({"--via", "w.via"}), 0, "[tomex " + line + "]\na.o\nb.o\n", ""));
+
+        folder.write("shown.via", line);
+        const CommandResult again = tomex({"--via", "shown.via"});
+        if (list.size() <= 1023) {
+            EXPECT_TRUE(ended(again, 0, "[tomex " + line + "]\na.o\nb.o\n", ""));
+        } else {
+            EXPECT_TRUE(ended(again, 1, "",
+                              "Fatal error: L3907U: Via file 'shown.via' command too long for "
+                              "buffer.\n"));
+        }
+    }
+}
+
+// What was said of the spelling of an option is not said of the shown one.
+TEST_F(ShowCommandLine, ShownLineHasNothingToWarnOf) {
+    const std::string line = "[tomex --show_cmdline -n -t --diag_error=3910 lib.a]\n";
+    EXPECT_TRUE(ended(tomex({"--show_cmdline", "--diag_error=3910", "-N", "-t", "lib.a"}), 1, line,
+                      "Error: L3910W: Old syntax, please use '-n'.\n"));
+    folder.write("shown.via", line.substr(7, line.size() - 9));
+    EXPECT_TRUE(ended(tomex({"--via", "shown.via"}), 0, line + "a.o\nb.o\n", ""));
+}
+
+TEST_F(ShowCommandLine, NameThatTheCharacterSetLacksIsShownChanged) {
+    EXPECT_EQ(shown({"--show_cmdline", "-t", "lib.a", "caf\xc3\xa9"}),
+              "[tomex --show_cmdline -t lib.a caf?]");
+    EXPECT_EQ(shown({"--show_cmdline", "--message_locale=utf8", "lib.a", "caf\xc3\xa9"}),
+              "[tomex --show_cmdline --message_locale=utf8 lib.a caf\xc3\xa9]");
 }
 
 } // namespace

@@ -131,6 +131,26 @@ TEST_F(ViaFailures, FileThatTheHostFailsToOpen) {
                       fatal("L3904U: Could not open via file 'w.via'.")));
 }
 
+TEST_F(ViaFailures, FileThatTheHostFailsToRead) {
+    // At the first character, inside the first stretch, behind it, and at the very end. The words
+    // in front of the fault have been read then, and nothing is done with them.
+    std::string words = "-r lib.a a.o\n";
+    for (int line = 0; line < 100; ++line) {
+        words += "c.o none" + std::to_string(line) + "\n";
+    }
+    const auto failsAt = [&](size_t character) {
+        folder.write("w.via", words);
+        EXPECT_TRUE(ended(with({"fgetc:path=w.via:nth=" + std::to_string(character) + ":errno=EIO"},
+                               {"--via", "w.via"}),
+                          1, "", fatal("L3905U: Error when reading from via file 'w.via'.")));
+        folder.remove("w.via");
+        expectOldScene();
+    };
+    for (const size_t character : {size_t{1}, size_t{1024}, size_t{1025}, words.size() + 1}) {
+        failsAt(character);
+    }
+}
+
 TEST_F(ViaFailures, NameIsShownSafely) {
     EXPECT_TRUE(ended(tomex({"--via", "%s\x1b[1m"}), 1, "",
                       fatal("L3904U: Could not open via file '%s\\033[1m'.")));

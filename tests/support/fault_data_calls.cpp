@@ -110,6 +110,16 @@ WRAPPER(char*, fgets, (char* data, int size, FILE* stream)) {
     return HOST(fgets)(data, size, stream);
 }
 
+WRAPPER(int, fgetc, (FILE * stream)) {
+    const FaultVerdict verdict = meetStream("fgetc", stream);
+    if (verdict.errorNumber) {
+        markError(stream);
+        return failed(verdict, EOF);
+    }
+    return HOST(fgetc)(stream);
+}
+ALSO_CALLED(getc, fgetc)
+
 // --- writing -------------------------------------------------------------------------------------
 
 WRAPPER(ssize_t, write, (int descriptor, const void* data, size_t size)) {

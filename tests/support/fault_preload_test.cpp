@@ -45,6 +45,7 @@ TEST(FaultPreload, EachCallCanFail) {
     EXPECT_EQ(failing("access", {"look:x"}), "stat ok\naccess ENOSPC\n");
     EXPECT_EQ(failing("fopen", {"fread:x"}), "fopen ENOSPC\n");
     EXPECT_EQ(failing("fread", {"fread:x"}), "fopen ok\nfread ENOSPC\n");
+    EXPECT_EQ(failing("fgetc", {"fgetc:x"}), "fopen ok\nfgetc ENOSPC\ngot \n");
     EXPECT_EQ(failing("rename", {"rename:x:z"}), "rename ENOSPC\n");
     EXPECT_EQ(failing("unlink", {"unlink:x"}), "unlink ENOSPC\n");
     EXPECT_EQ(folder.read("x"), "123");
@@ -92,6 +93,15 @@ TEST(FaultPreload, TheNthCallIsCountedByRule) {
               "unlink EIO\nunlink EIO\nunlink EIO\nunlink EIO\n");
     EXPECT_EQ(outputOf(folder, actions, {"unlink:nth=1:errno=EIO", "unlink:path=b:errno=EACCES"}),
               "unlink EIO\nunlink EACCES\nunlink ENOENT\nunlink ENOENT\n");
+}
+
+TEST(FaultPreload, CharactersOfAStreamAreCallsOfTheirOwn) {
+    const ScratchFolder folder;
+    folder.write("x", "12345");
+    EXPECT_EQ(outputOf(folder, {"fgetc:x"}, {"fgetc:path=x:nth=4:errno=EIO"}),
+              "fopen ok\nfgetc EIO\ngot 123\n");
+    EXPECT_EQ(outputOf(folder, {"fgetc:x"}, {"@read:path=x:nth=7:errno=EIO"}),
+              "fopen ok\nfgetc ok\ngot 12345\n");
 }
 
 TEST(FaultPreload, PathsMatchByTheirEndOrAsPatterns) {

@@ -23,7 +23,7 @@ struct CallGroup {
 // What a test author means by "every write" and the like.
 constexpr CallGroup callGroups[] = {
     {"@open", " open openat creat fopen freopen mkstemp "},
-    {"@read", " read pread readv preadv fread fgets "},
+    {"@read", " read pread readv preadv fread fgets fgetc "},
     {"@write",
      " write pwrite writev pwritev fwrite fputs fputc fflush copy_file_range sendfile splice "},
     {"@size", " ftruncate fallocate posix_fallocate "},

@@ -111,6 +111,21 @@ void streamRead(const Words& words) {
     }
 }
 
+void streamReadCharacters(const Words& words) {
+    std::FILE* stream = std::fopen(words.at(1).c_str(), "rb");
+    tell("fopen", stream != nullptr);
+    if (stream != nullptr) {
+        std::string bytes;
+        errno = 0;
+        for (int c = std::fgetc(stream); c != EOF; c = std::fgetc(stream)) {
+            bytes += static_cast<char>(c);
+        }
+        tell("fgetc", std::ferror(stream) == 0);
+        say("got " + bytes);
+        std::fclose(stream);
+    }
+}
+
 void copyFile(const Words& words) {
     const int from = openFile(words.at(1), O_RDONLY);
     const int to = openFile(words.at(2), O_WRONLY | O_CREAT | O_TRUNC);
@@ -190,6 +205,7 @@ const std::map<std::string, std::function<void(const Words&)>> actions = {
     {"read", readFile},
     {"fwrite", streamWrite},
     {"fread", streamRead},
+    {"fgetc", streamReadCharacters},
     {"copy", copyFile},
     {"list", listFolder},
     {"look", look},

@@ -114,6 +114,16 @@ TEST_F(ParameterDumpTest, SettingsWithWhereTheyCameFrom) {
                       "  5: INT_VECTOR set from: to:1,2\n");
 }
 
+TEST_F(ParameterDumpTest, ValueOfAnyLength) {
+    uint32_t text = addParameter(ParameterType_STRING);
+    addOption("text", text);
+    for (size_t length : {254U, 255U, 256U, 257U, 5000U}) {
+        const std::string value(length, 'v');
+        parse({"--text", value.c_str()});
+        EXPECT_EQ(dump(), "  0: STRING set from:<null> to:" + value + "\n");
+    }
+}
+
 TEST_F(ParameterDumpTest, FormsOfRows) {
     static const uint32_t masks[] = {1, 0xABC0, 0};
     static const uint32_t noMasks[] = {0};

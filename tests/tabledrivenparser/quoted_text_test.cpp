@@ -64,6 +64,15 @@ TEST_F(QuotedTextTest, BlankAndTabNeedQuotes) {
         {{"a b", "\"a b\""}, {" ", "\" \""}, {"a\tb", "\"a\tb\""}, {"a, b", "\"a, b\""}});
 }
 
+TEST_F(QuotedTextTest, BlankAndTabNeedQuotesInsideParenthesesToo) {
+    expectSpellings({{"(a b)", "\"(a b)\""},
+                     {"( )", "\"( )\""},
+                     {"x(1\t2)", "\"x(1\t2)\""},
+                     {"(it's a)", "\"(it's a)\""},
+                     {"(a \"b\")", "\"(a \\\"b\\\")\""},
+                     {"(a\vb)", "(a\vb)"}});
+}
+
 TEST_F(QuotedTextTest, DoubleQuoteGetsABackslash) {
     expectSpellings({{"a\"b", "a\\\"b"}, {"\"", "\\\""}, {"a \"b\"", "\"a \\\"b\\\"\""}});
 }
@@ -109,6 +118,10 @@ TEST_F(QuotedTextTest, AnyTextIsReadBack) {
             text += letters[random() % letters.size()];
         }
         expectReadBack(text);
+        if (text.find_first_of(" \t") != std::string::npos) {
+            EXPECT_EQ(spelled(text).front(), '"') << text;
+            EXPECT_EQ(spelled(text).back(), '"') << text;
+        }
     }
 }
 

@@ -5,10 +5,19 @@
 #include "tests/tabledrivenparser/via_words_model.h"
 
 #include <random>
+#include <stdexcept>
 
 namespace tabledrivenparser {
 
 namespace {
+
+// Throws the key of what it is told.
+class ThrowingReporter final : public Reporter {
+public:
+    void reportParseMessage(uint32_t /*severity*/, uint32_t key, ...) override {
+        throw std::runtime_error(std::to_string(key));
+    }
+};
 
 class ViaBufferTest : public ViaTest {
 protected:
@@ -210,6 +219,31 @@ TEST_F(ViaBufferTest, FileThatCannotBeRead) {
     ViaFile viaFile(m_folder.pathOf("f").c_str(), m_reporter);
     EXPECT_EQ(reported(), Texts{"3 23131162 Error when reading from via file 'f'."});
     EXPECT_EQ(viaFile.nextToken(), nullptr);
+}
+
+TEST_F(ViaBufferTest, ReporterThatThrowsLeavesNothingOpen) {
+    using namespace std::string_literals;
+    m_folder.makeFolder("folder");
+    const std::pair<std::string, std::string> faults[] = {
+        {file("\0a"s, "start"), "23131370"},
+        {file(lines() + letters(100) + "\0"s, "later"), "23131370"},
+        {m_folder.pathOf("folder"), "23131162"},
+        {m_folder.pathOf("none"), "23131146"},
+        {file("a \"b", "open"), "23131178"},
+    };
+    ThrowingReporter reporter;
+    for (const auto& [path, key] : faults) {
+        const auto before = openFiles();
+        std::string thrown;
+        try {
+            ViaFile viaFile(path.c_str(), reporter);
+            wordsOf(viaFile);
+        } catch (const std::runtime_error& error) {
+            thrown = error.what();
+        }
+        EXPECT_EQ(thrown, key) << path;
+        EXPECT_EQ(openFiles(), before) << path;
+    }
 }
 
 TEST_F(ViaBufferTest, NameIsShownAsItWasGiven) {

@@ -6,6 +6,7 @@
 
 #include "tabledrivenparser/interface/via_reading.h"
 
+#include <filesystem>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -47,6 +48,12 @@ protected:
             }
         }
         return all;
+    }
+
+    // How many files this process has open.
+    static std::ptrdiff_t openFiles() {
+        const std::filesystem::directory_iterator files("/proc/self/fd");
+        return std::distance(begin(files), end(files));
     }
 
     static Texts tooLong() { return {"3 23131194 Via file 'f' command too long for buffer."}; }
