@@ -7,6 +7,10 @@
 
 #include "tabledrivenparser/interface/str_list.h"
 
+namespace attributes {
+class LibraryAttributeMap;
+}
+
 namespace tomex {
 
 enum Action : uint32_t {
@@ -67,6 +71,9 @@ struct CommandState {
     bool debugSymbols = false;          // --debug_symbols
     bool uniqueSymbols = false;         // --unique_symbols
     bool attributesFromSection = false; // --qeabi_buildattr
+
+    // The rows of --libattrmap, in the default region; null without that option.
+    const attributes::LibraryAttributeMap* libraryAttributeMap = nullptr;
 };
 
 // The state of this run. Valid from the start of run on.

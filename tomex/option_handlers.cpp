@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <new>
 
+#include "alloclib/interface/default_region.h"
+#include "attributes/interface/library_attribute_map.h"
 #include "messages/interface/message_keys.h"
 #include "messages/interface/message_session.h"
 #include "messages/interface/report.h"
@@ -99,6 +102,15 @@ void takePosition(const Parameters& parameters, CommandState& state) {
     }
 }
 
+const attributes::LibraryAttributeMap* newLibraryAttributeMap(const char* fileName) {
+    using attributes::LibraryAttributeMap;
+    alloclib::Region& region = alloclib::defaultRegion();
+    void* memory = region.Alloc(sizeof(LibraryAttributeMap), alignof(LibraryAttributeMap), nullptr);
+    auto* map = new (memory) LibraryAttributeMap(&region);
+    attributes::loadLibraryAttributeMap(*map, fileName);
+    return map;
+}
+
 void takeModifiers(const Parameters& parameters, CommandState& state) {
     if (parameters.boolValue(Slot_NoSymbolTable)) {
         state.noSymbolTable = true;
@@ -110,6 +122,9 @@ void takeModifiers(const Parameters& parameters, CommandState& state) {
     }
     if (parameters.boolValue(Slot_NewFilesOnly)) {
         state.updateMode = UpdateMode_Newer;
+    }
+    if (const char* map = parameters.textValue(Slot_LibraryAttributeMap); map != nullptr) {
+        state.libraryAttributeMap = newLibraryAttributeMap(map);
     }
     if (const int32_t date = parameters.intValue(Slot_Normalise); date != 0) {
         state.normaliseRequested = true;

@@ -9,6 +9,7 @@
 #include "arlib/interface/archive.h"
 #include "arlib/interface/archive_file_reader.h"
 #include "arlib/interface/archive_file_writer.h"
+#include "attributes/interface/library_attribute_map.h"
 #include "messages/interface/message_keys.h"
 #include "messages/interface/message_session.h"
 #include "messages/interface/parse_reporter.h"
@@ -31,6 +32,8 @@
 #include "tomex/member_selection.h"
 #include "tomex/option_handlers.h"
 #include "tomex/option_table.h"
+#include "tomex/size_report.h"
+#include "tomex/symbol_report.h"
 
 namespace tomex {
 namespace {
@@ -132,6 +135,11 @@ void prepareArchive(arlib::Archive& archive, arlib::ErrorHandler& handler,
     archive.setUniqueSymbols(state.uniqueSymbols);
     archive.setBuildAttributesFromSection(state.attributesFromSection);
     archive.setFileName(archiveName);
+    if (state.libraryAttributeMap != nullptr) {
+        attributes::FullAttr promised;
+        attributes::attributesForName(*state.libraryAttributeMap, archiveName, promised);
+        archive.setLibraryAttributes(promised);
+    }
     archive.setReadStatus(&status);
 }
 
@@ -182,12 +190,16 @@ void dispatch(arlib::Archive& archive, ArchiveReadStatus& status, int64_t positi
     case Action_None:
         return;
     case Action_Entries:
+        reportSizes(archive, status, ReportFlag_Entries);
+        return;
     case Action_Sizes:
+        reportSizes(archive, status, ReportFlag_Sizes);
+        return;
     case Action_Summary:
+        reportSizes(archive, status, ReportFlag_Sizes | ReportFlag_Entries);
+        return;
     case Action_SymbolTable:
-        if (status.missing) {
-            reportArchiveNotFound(archive, status);
-        }
+        reportSymbols(archive, status);
         return;
     case Action_Insert:
         insertFiles(archive, status, position);

@@ -182,6 +182,13 @@ public:
     // All symbols of exactly this name, in table order.
     void findSymbols(const char* name, SymbolList& result);
 
+    // The symbols of that name to link with for a requester of these attributes, in table order:
+    // those of the most specific variant that asks for nothing beyond what the requester and all
+    // variants have, or else those without attributes. The result is empty where there are none,
+    // and then the answer is false.
+    bool selectSymbolVariants(const char* name, const attributes::FullAttr& requester,
+                              SymbolList& result);
+
 private:
     friend class ArchiveFileReader;
     friend class ArchiveFileWriter;
@@ -217,7 +224,7 @@ private:
     void loadSymbols();
     void keepReadSymbolTable();
     bool acceptTrailingZeros(const uint8_t* bytes, uint32_t size, uint64_t end);
-    void addSymbol(const char* name, bool isDecorated, ArchiveMember* member);
+    void addSymbol(const char* name, const attributes::FullAttr* decoration, ArchiveMember* member);
     void removeSymbolTable();
     void removeTable(ArchiveMember*& table);
     void moveTablesToFront();
@@ -259,8 +266,8 @@ private:
     std::unique_ptr<ContentsSources> m_Sources;
     uint64_t m_KeptByteCount = 0;
     std::span<uint8_t> m_KeptBytesRoom; // for those to come
-    MemberContents m_ReadBuffer; // for members that are looked into one after the other
-    bool m_TableFailed = false;  // a table's contents could not be made; reported
+    MemberContents m_ReadBuffer;        // for members that are looked into one after the other
+    bool m_TableFailed = false;         // a table's contents could not be made; reported
 };
 
 } // namespace arlib

@@ -15,40 +15,15 @@
 #include "arlib/interface/archive_format.h"
 #include "arlib/interface/symbol.h"
 #include "arlib/interface/symbol_name_list.h"
+#include "arlib/src/minor_variant_groups.h"
+#include "arlib/src/minor_variants.h"
+#include "arlib/src/symbol_output.h"
 #include "elfext/interface/fast_hash_set.h"
 #include "elfext/interface/stringlett.h"
 #include "platform/interface/internal_check.h"
 
 namespace arlib {
 namespace {
-
-// Symbols on their way into the table: names and, beside them, the members that define them.
-struct SymbolOutput {
-    explicit SymbolOutput(alloclib::Region* scratch) : names(scratch), members(scratch) {}
-
-    void add(std::string_view name, ArchiveMember* member) {
-        names.add(name);
-        members.add(member);
-    }
-
-    // Bytes that the table takes.
-    uint64_t tableSize() const {
-        uint64_t size = symbolTableWord;
-        for (const std::string_view name : names) {
-            size += symbolTableWord + name.size() + 1;
-        }
-        return size;
-    }
-
-    elfext::fast_array<std::string_view> names; // a NUL stands behind each
-    elfext::fast_array<ArchiveMember*> members;
-};
-
-// An object module that defines symbols, with their names.
-struct HostingMember {
-    ArchiveMember* member;
-    SymbolNameList* names;
-};
 
 uint8_t* putBigEndian(uint8_t* destination, uint32_t value) {
     for (int shift = 24; shift >= 0; shift -= 8) {
@@ -76,15 +51,20 @@ void collectHostingMembers(Archive& archive, alloclib::Region* scratch,
                 return;
             }
         } else if (names->getSize() != 0) {
-            hosting.add({member, names});
+            hosting.add({member, names, symbolFingerprint(*names)});
         }
     }
 }
 
-void emitSymbols(const elfext::fast_array<HostingMember>& hosting, bool uniqueSymbols,
-                 alloclib::Region* scratch, SymbolOutput& output) {
-    elfext::fast_hash_set<elfext::Stringlett> entered(scratch);
-    for (const HostingMember& host : hosting) {
+// Lists the symbols of members that are in no group of variants.
+void emitSymbols(const elfext::fast_array<HostingMember>& hosting, const MinorVariantGroups& groups,
+                 bool uniqueSymbols, SymbolOutput& output) {
+    elfext::fast_hash_set<elfext::Stringlett> entered(output.region());
+    for (uint32_t i = 0; i < hosting.getSize(); ++i) {
+        const HostingMember& host = hosting[i];
+        if (groups.isGrouped(i)) {
+            continue;
+        }
         for (uint32_t k = 0; k < host.names->getSize(); ++k) {
             const std::string_view name = host.names->get(k);
             if (uniqueSymbols) {
@@ -118,6 +98,8 @@ bool Archive::updateAuxiliaryMembers() {
     if (!m_SymbolTableUpToDate) {
         m_ArchiveMemberOffsetsUpToDate = false;
         if (!updateSymbolTable(scratch.get())) {
+            // Whoever writes all the same must write the tables where readers look for them.
+            moveTablesToFront();
             return false;
         }
     }
@@ -268,13 +250,20 @@ bool Archive::updateSymbolTable(alloclib::Region* scratch) {
     }
     elfext::fast_array<HostingMember> hosting(scratch);
     collectHostingMembers(*this, scratch, hosting);
+    MinorVariantGroups groups(scratch);
+    groups.collect(*this, hosting);
     m_ReadBuffer.release();
     if (hosting.getSize() == 0 && m_SymbolTableMode == SymbolTableMode_IfNeeded) {
         removeSymbolTable();
         return true;
     }
     SymbolOutput output(scratch);
-    emitSymbols(hosting, m_UniqueSymbols, scratch, output);
+    for (uint32_t i = 0; i < groups.getCount(); ++i) {
+        if (!processMinorVariantGroup(*this, groups.get(i), output)) {
+            return false;
+        }
+    }
+    emitSymbols(hosting, groups, m_UniqueSymbols, output);
 
     ArchiveMember* table = prepareTable(m_SymbolTable, getSymbolTableType(), output.tableSize());
     if (table == nullptr) {

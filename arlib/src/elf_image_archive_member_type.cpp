@@ -5,7 +5,6 @@
 // that serves all members of an archive in turn.
 
 #include <cstdint>
-#include <string_view>
 #include <vector>
 
 #include "arlib/interface/archive.h"
@@ -13,7 +12,7 @@
 #include "arlib/interface/symbol_name_list.h"
 #include "arlib/src/elfext_error_string_capture.h"
 #include "arlib/src/lto_manager.h"
-#include "attributes/interface/attribute_algebra.h"
+#include "arlib/src/marker_attributes.h"
 #include "attributes/interface/build_attributes.h"
 #include "attributes/interface/decoration.h"
 #include "elfext/interface/elf_object_module_reader.h"
@@ -34,9 +33,12 @@ bool isDefinedForOthers(const elfext::Symbol& symbol, bool debugSymbols) {
 
 void listSymbols(const elfext::ObjectModule& module, bool debugSymbols, SymbolNameList& names) {
     names.clear();
-    names.reserve(module.getSymbolCount() + 1);
+    names.startMarkers();
     for (const elfext::Symbol* symbol : module.getSymbols()) {
         const char* name = symbol->getName();
+        if (const char* decoration = MarkerAttributes::decorationOf(name); decoration != nullptr) {
+            names.addMarker(decoration);
+        }
         if (name != nullptr && *name != '\0' && isDefinedForOthers(*symbol, debugSymbols)) {
             names.add(name);
         }
@@ -72,22 +74,14 @@ void listBitcodeSymbols(const elfext::ObjectModule& module, SymbolNameList& name
 
 // The attributes that marker symbols state, merged. False if there are none.
 bool mergeMarkerSymbols(const elfext::ObjectModule& module, attributes::FullAttr& result) {
-    bool isFound = false;
+    MarkerAttributes markers(result);
     for (const elfext::Symbol* symbol : module.getSymbols()) {
-        const std::string_view name = symbol->getName() != nullptr ? symbol->getName() : "";
-        if (!name.starts_with(attributes::MarkerText)) {
-            continue;
+        if (const char* decoration = MarkerAttributes::decorationOf(symbol->getName());
+            decoration != nullptr) {
+            markers.add(decoration);
         }
-        attributes::FullAttr stated;
-        attributes::parseDecoration(stated, name.data() + attributes::MarkerLength);
-        if (isFound) {
-            attributes::combine(result, result, stated);
-        } else {
-            result = stated;
-        }
-        isFound = true;
     }
-    return isFound;
+    return markers.isFound();
 }
 
 // The attributes of the module as its section has them. They take the way through their text,

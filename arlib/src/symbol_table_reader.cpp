@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
 #include <new>
 #include <utility>
 
@@ -9,6 +10,7 @@
 #include "arlib/interface/archive.h"
 #include "arlib/interface/archive_format.h"
 #include "arlib/interface/symbol.h"
+#include "attributes/interface/decoration.h"
 #include "platform/interface/internal_check.h"
 
 namespace arlib {
@@ -81,11 +83,12 @@ ArchiveMember* Archive::memberAtOffset(uint32_t offset, uint32_t& lastIndex) con
     return *found;
 }
 
-void Archive::addSymbol(const char* name, bool isDecorated, ArchiveMember* member) {
+void Archive::addSymbol(const char* name, const attributes::FullAttr* decoration,
+                        ArchiveMember* member) {
     void* memory = alloclib::allocate(*m_ObjectRegion.get(), sizeof(Symbol), alignof(Symbol));
     auto* symbol = new (memory) Symbol(name, this, member);
-    if (isDecorated) {
-        symbol->setBuildAttributes(attributes::FullAttr());
+    if (decoration != nullptr) {
+        symbol->setBuildAttributes(*decoration);
     }
     m_Symbols.add(symbol);
     member->symbolLists().m_Symbols.add(symbol);
@@ -155,6 +158,27 @@ bool Archive::checkSymbols(const uint8_t* bytes, uint32_t size) {
     return acceptTrailingZeros(bytes, size, position);
 }
 
+namespace {
+
+// Reads decorations. All names of a variant have the same one and stand together, so that mostly
+// it is the one that was read last.
+class DecorationReader {
+public:
+    const attributes::FullAttr* read(const char* text) {
+        if (m_Text == nullptr || std::strcmp(text, m_Text) != 0) {
+            attributes::parseDecoration(m_Value, text);
+            m_Text = text;
+        }
+        return &m_Value;
+    }
+
+private:
+    const char* m_Text = nullptr;
+    attributes::FullAttr m_Value;
+};
+
+} // namespace
+
 // Makes the Symbol objects of the table that was read. The names are copied as one block; each
 // symbol points into it.
 void Archive::loadSymbols() {
@@ -169,15 +193,17 @@ void Archive::loadSymbols() {
     const uint64_t namesSize = table.namesEnd() - start;
     auto* names = static_cast<char*>(alloclib::allocate(*m_ObjectRegion.get(), namesSize + 1, 1));
     std::memcpy(names, contents.bytes() + start, namesSize);
+    DecorationReader reader;
     char* name = names;
     for (ArchiveMember* member : m_SymbolMembers) {
         char* next = name + std::strlen(name) + 1;
         if (member != nullptr) {
-            char* decoration = std::strstr(name, symbolDecoration);
-            if (decoration != nullptr) {
+            const attributes::FullAttr* attributes = nullptr;
+            if (char* decoration = std::strstr(name, symbolDecoration); decoration != nullptr) {
                 *decoration = '\0';
+                attributes = reader.read(decoration + std::size(symbolDecoration) - 1);
             }
-            addSymbol(name, decoration != nullptr, member);
+            addSymbol(name, attributes, member);
         }
         name = next;
     }

@@ -103,6 +103,7 @@ enum SectionFlag : uint32_t {
     SHF_EXECINSTR = 0x4,
     SHF_LINK_ORDER = 0x80,
     SHF_GROUP = 0x200,
+    SHF_ENTRYSECT = 0x10000000, // the entry point is in it
 };
 
 // The first word of a group section.

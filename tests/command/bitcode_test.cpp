@@ -43,7 +43,8 @@ protected:
     // them, and a sound member between. All modules are damaged; gives the standard error stream.
     std::string tell(const Words& modules) const {
         const Words sound = {"sound"};
-        Words words = {"-rc", "lib.a"};
+        // The sound members are alike, which is worth a warning that is not asked for here.
+        Words words = {"--diag_suppress=6876", "-rc", "lib.a"};
         Words expected;
         for (size_t i = 0; i < modules.size(); ++i) {
             const std::string number = std::to_string(i);
@@ -60,7 +61,7 @@ protected:
         EXPECT_TRUE(result.exitedWith(0)) << result;
         EXPECT_EQ(result.output, "");
         EXPECT_EQ(symbols(), expected);
-        EXPECT_EQ(archive().plainMembers().size(), words.size() - 2);
+        EXPECT_EQ(archive().plainMembers().size(), words.size() - 3);
         return result.error;
     }
     // One line a damaged member, in order, each with a text of the library's.
@@ -210,7 +211,8 @@ TEST_F(BitcodeMembers, RandomBytes) {
 TEST_F(BitcodeMembers, SpoiltModulesCostOnlyTheirOwnMember) {
     const std::string bitcode = richModule();
     std::mt19937 random(3);
-    Words words = {"-rc", "lib.a"};
+    // A module that is still whole makes its member one more build of the sound one beside it.
+    Words words = {"--diag_suppress=6876", "-rc", "lib.a"};
     for (int i = 0; i < 150; ++i) {
         std::string spoilt = bitcode;
         for (int k = 0; k < 3; ++k) {

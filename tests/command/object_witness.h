@@ -47,6 +47,17 @@ protected:
         return found;
     }
 
+    // The same list member by member. A symbol table puts members that define the same names, and
+    // so count as variants of one module, before all others.
+    static Words byMember(Words list) {
+        const auto member = [](const std::string& line) { return line.substr(line.rfind(" in ")); };
+        std::stable_sort(list.begin(), list.end(),
+                         [&member](const std::string& a, const std::string& b) {
+                             return member(a) < member(b);
+                         });
+        return list;
+    }
+
     // The first difference of two lists, which may be long.
     static testing::AssertionResult same(const Words& found, const Words& expected) {
         const auto [left, right] =

@@ -208,7 +208,7 @@ TEST_F(RunSequence, ListWithTableOptionsListsAndWrites) {
 TEST_F(RunSequence, ReadingActionsWriteNothing) {
     library("lib.a", {"a.o"});
     const uint64_t identity = folder.identity("lib.a");
-    for (const char* word : {"-t", "-tv", "-p", "-x"}) {
+    for (const char* word : {"-t", "-tv", "-p", "-x", "--sizes", "--entries", "--zt", "--zs"}) {
         EXPECT_EQ(tomex({word, "lib.a"}).status, 0);
     }
     EXPECT_EQ(folder.identity("lib.a"), identity);

@@ -14,6 +14,7 @@
 #include "elfext/interface/object_module.h"
 #include "elfext/interface/raw_data_block.h"
 #include "elfext/interface/relocation.h"
+#include "elfext/interface/sizes_statistics.h"
 #include "elfext/interface/version_records.h"
 
 namespace testsupport {
@@ -33,6 +34,7 @@ public:
             see(record.m_DebugSection->getName());
             see(record.m_Section->getIndex());
         }
+        walkSizes();
         return m_Sum;
     }
 
@@ -153,6 +155,12 @@ private:
             }
         }
         see(m_Module.getSoName());
+    }
+
+    void walkSizes() {
+        const elfext::SizeStatistics sizes = elfext::computeSizeStatistics(m_Module);
+        see(sizes.m_Code + sizes.m_LiteralPools + sizes.m_RwDataUncompressed + sizes.m_RoData +
+            sizes.m_ZiData + sizes.m_DebugInfo + sizes.m_InternalPadding);
     }
 
     elfext::ObjectModule& m_Module;

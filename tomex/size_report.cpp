@@ -1,0 +1,188 @@
+#include "tomex/size_report.h"
+
+#include <algorithm>
+#include <functional>
+#include <string_view>
+#include <vector>
+
+#include "alloclib/interface/default_region.h"
+#include "arlib/interface/archive_member_type.h"
+#include "elfext/interface/object_module.h"
+#include "elfext/interface/sizes_statistics.h"
+#include "tomex/command_report.h"
+#include "tomex/edit_actions.h"
+
+namespace tomex {
+namespace {
+
+// A section that holds an entry point.
+struct EntryRecord {
+    EntryRecord* next;
+    uint32_t offset; // of the module's entry point
+    const char* sectionName;
+    const char* memberName;
+};
+
+// What the members come to, and what is said at the end. All columns are 32 bits wide.
+struct SizesTotals {
+    uint32_t code = 0;
+    uint32_t roData = 0;
+    uint32_t rwData = 0;
+    uint32_t ziData = 0;
+    uint32_t debug = 0;
+    uint32_t flags = 0; // ReportFlag bits
+    EntryRecord* firstEntry = nullptr;
+    EntryRecord* lastEntry = nullptr;
+};
+
+void printRow(const SizesTotals& sizes, const char* name) {
+    reportPlain(messages::MessageKey_SizesRow, sizes.code, sizes.roData, sizes.rwData, sizes.ziData,
+                sizes.debug, name);
+}
+
+SizesTotals columnsOf(const elfext::SizeStatistics& statistics) {
+    SizesTotals columns;
+    columns.code = static_cast<uint32_t>(statistics.m_Code + statistics.m_LiteralPools);
+    columns.roData = static_cast<uint32_t>(statistics.m_RoData + statistics.m_InternalPadding);
+    columns.rwData = static_cast<uint32_t>(statistics.m_RwDataUncompressed);
+    columns.ziData = static_cast<uint32_t>(statistics.m_ZiData);
+    columns.debug = static_cast<uint32_t>(statistics.m_DebugInfo);
+    return columns;
+}
+
+void addColumns(SizesTotals& totals, const SizesTotals& columns) {
+    totals.code += columns.code;
+    totals.roData += columns.roData;
+    totals.rwData += columns.rwData;
+    totals.ziData += columns.ziData;
+    totals.debug += columns.debug;
+}
+
+void appendEntry(SizesTotals& totals, const EntryRecord& entry) {
+    void* memory =
+        alloclib::allocate(alloclib::defaultRegion(), sizeof(EntryRecord), alignof(EntryRecord));
+    auto* record = new (memory) EntryRecord(entry);
+    (totals.lastEntry != nullptr ? totals.lastEntry->next : totals.firstEntry) = record;
+    totals.lastEntry = record;
+}
+
+bool holdsEntryPoint(const elfext::Section& section) {
+    constexpr uint32_t wanted = elfext::SHF_ALLOC | elfext::SHF_ENTRYSECT;
+    return section.getType() == elfext::SHT_PROGBITS && (section.getFlags() & wanted) == wanted;
+}
+
+// Copies of the names of a module's sections, which end with the module. Names may be the ends of
+// one another, and are copied so: otherwise a small file could ask for any amount of memory.
+class SectionNames {
+public:
+    void add(const elfext::Section& section) { m_Copies.push_back({nameOf(section), nullptr}); }
+
+    // After all have been added.
+    void copy() {
+        std::sort(m_Copies.begin(), m_Copies.end(), standsBefore);
+        std::string_view last;
+        const char* lastCopy = nullptr;
+        for (Copy& each : m_Copies) {
+            const bool isInside = lastCopy != nullptr && each.name <= last.data() + last.size();
+            if (!isInside) {
+                last = each.name;
+                lastCopy = alloclib::copyString(alloclib::defaultRegion(), last);
+            }
+            each.copy = lastCopy + (each.name - last.data());
+        }
+    }
+
+    const char* copyOf(const elfext::Section& section) const {
+        const Copy wanted = {nameOf(section), nullptr};
+        return std::lower_bound(m_Copies.begin(), m_Copies.end(), wanted, standsBefore)->copy;
+    }
+
+private:
+    struct Copy {
+        const char* name;
+        const char* copy;
+    };
+
+    static const char* nameOf(const elfext::Section& section) {
+        return section.getName() != nullptr ? section.getName() : "";
+    }
+    static bool standsBefore(const Copy& left, const Copy& right) {
+        return std::less<>()(left.name, right.name);
+    }
+
+    std::vector<Copy> m_Copies;
+};
+
+void listEntries(const elfext::ObjectModule& module, const char* memberName, SizesTotals& totals) {
+    SectionNames names;
+    for (const elfext::Section* section : module.getSections()) {
+        if (holdsEntryPoint(*section)) {
+            names.add(*section);
+        }
+    }
+    names.copy();
+    for (const elfext::Section* section : module.getSections()) {
+        if (holdsEntryPoint(*section)) {
+            appendEntry(totals, {nullptr, static_cast<uint32_t>(module.getEntryPoint()),
+                                 names.copyOf(*section), memberName});
+        }
+    }
+}
+
+// Members that are no ELF files, or cannot be read, are passed over without a word.
+void reportMemberSizes(arlib::ArchiveMember& member, SizesTotals& totals) {
+    if (member.getType() != arlib::getElfImageType() || !member.ensureLocation()) {
+        return;
+    }
+    elfext::ObjectModule module;
+    if (!member.readObjectModule(module, member.getArchive()->getElfErrorHandler())) {
+        return;
+    }
+    if ((totals.flags & ReportFlag_Entries) != 0) {
+        listEntries(module, member.getName(), totals);
+    }
+    const SizesTotals columns = columnsOf(elfext::computeSizeStatistics(module));
+    if ((totals.flags & ReportFlag_Sizes) != 0) {
+        printRow(columns, member.getName());
+    }
+    addColumns(totals, columns);
+}
+
+void printEntries(const SizesTotals& totals) {
+    if (totals.firstEntry == nullptr) {
+        reportPlain(messages::MessageKey_NoEntryPoints);
+        return;
+    }
+    for (const EntryRecord* entry = totals.firstEntry; entry != nullptr; entry = entry->next) {
+        reportPlain(messages::MessageKey_EntryPoint, entry->offset, entry->sectionName,
+                    entry->memberName);
+    }
+}
+
+} // namespace
+
+void reportSizes(arlib::Archive& archive, const ArchiveReadStatus& status, uint32_t flags) {
+    if (status.missing) {
+        reportArchiveNotFound(archive, status);
+        return;
+    }
+    SizesTotals totals;
+    totals.flags = flags;
+    if ((flags & ReportFlag_Sizes) != 0) {
+        reportPlain(messages::MessageKey_SizesHeading);
+    }
+    for (arlib::ArchiveMember* member : archive.getMembers()) {
+        if (!member->isAuxiliary()) {
+            reportMemberSizes(*member, totals);
+        }
+    }
+    if ((flags & ReportFlag_Sizes) != 0) {
+        // The name's line feed makes an empty line behind the table.
+        printRow(totals, "TOTAL\n");
+    }
+    if ((flags & ReportFlag_Entries) != 0) {
+        printEntries(totals);
+    }
+}
+
+} // namespace tomex
