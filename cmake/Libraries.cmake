@@ -4,7 +4,8 @@
 function(tomex_library name)
     cmake_parse_arguments(arg "" "" "SOURCES;USES" ${ARGN})
     add_library(${name} STATIC ${arg_SOURCES})
-    target_link_libraries(${name} PUBLIC tomex_settings ${arg_USES})
+    # The settings are this build's own: who links to the installed library has others.
+    target_link_libraries(${name} PUBLIC $<BUILD_INTERFACE:tomex_settings> ${arg_USES})
 endfunction()
 
 # tomex_test(NAME [OPTIMISED] SOURCES file... USES lib...): a GoogleTest program, each case a CTest

@@ -64,6 +64,8 @@ public:
     void reservePreemptedDlls(uint32_t count) { m_PreemptedDlls.reserve(count); }
 
 private:
+    friend class Pruner;
+
     const char* m_SymbolName;
     const char* m_PreemptingDllName;
     ObjectModule* m_ObjectModule;

@@ -87,6 +87,13 @@ public:
     // Ends all relations of this region on its own side, and drops the linker.
     void forgetLinks();
 
+    // Marks a region that is removed from its module: linkers leave it out from now on, and every
+    // region that stays must be told to drop it by `dropDetached`.
+    void detach() { m_IsDetached = true; }
+    bool isDetached() const { return m_IsDetached; }
+    // Forgets the relations to regions that have been marked.
+    void dropDetached();
+
 protected:
     // The lists of relations will lie in `region`, which must outlive this object.
     explicit FileRegion(alloclib::Region* region) : m_Region(region) {}
@@ -105,6 +112,7 @@ private:
     ContainedList* m_Contained = nullptr; // both made when they are needed first
     ContainerList* m_Containers = nullptr;
     FileRegionLinker* m_Linker = nullptr;
+    bool m_IsDetached = false;
 };
 
 } // namespace elfext

@@ -49,6 +49,7 @@ public:
 
 private:
     friend class ObjectModule;
+    friend class Pruner;
 
     const char* m_Name;
     const char* m_Signature;

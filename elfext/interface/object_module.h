@@ -41,6 +41,7 @@ class FileVersionDefinition;
 class LibrarySearchPath;
 class NeededLibrary;
 class Preemption;
+class PruneCriteria;
 class RawDataBlock;
 class ReferenceCountedFile;
 
@@ -336,6 +337,13 @@ public:
     // Records of symbol versions; the objects that symbols point to.
     FileVersionDefinition* createFileVersionDefinition(uint16_t index, uint16_t flags);
     FileVersionDefinition* getFileVersionDefinition() const { return m_FileVersionDefinition; }
+    // The first of each kind in the order in which they came; null for none.
+    SymbolVersionDefinition* getFirstSymbolVersionDefinition() const {
+        return m_VersionDefinitions.m_First;
+    }
+    SymbolVersionRequirement* getFirstSymbolVersionRequirement() const {
+        return m_VersionRequirements.m_First;
+    }
     SymbolVersionDefinition* createSymbolVersionDefinition(uint16_t index, uint16_t flags);
     SymbolVersionRequirement* createSymbolVersionRequirement(uint16_t index, uint16_t flags,
                                                              const char* libraryName,
@@ -363,6 +371,32 @@ public:
     // True if there is no section, group, symbol, needed library, search path, preemption or raw
     // data block. Segments do not count.
     bool isEmpty() const;
+    // Removes the objects that `criteria` match, and keeps the rest consistent. Global symbols
+    // that were defined in a section that goes become undefined, local ones and the section's own
+    // go with it; relocations against a symbol that goes keep their place but have no symbol any
+    // more; raw data goes with its segment. What stays keeps its order. Pointers to what went stay
+    // readable as long as the module, but belong to nothing.
+    void prune(PruneCriteria& criteria);
+
+    // --- What is computed from the model. See also `elf_layout.h` and
+    // `elf_object_module_writer.h`.
+
+    // Brings the auxiliary sections up to date with the lists of the model, unless they are:
+    // contents, sizes, links and infos of the tables that are there are made anew, tables that are
+    // needed are made, and those that are not in use any more are removed. Local symbols move in
+    // front of the others. A table that lies in a segment keeps its place, and its texts theirs.
+    // Where a group or a table had to be made, the order of sections is settled as well.
+    void updateAuxiliarySections();
+    // Puts the sections into the order that linkers expect: the null section, which is made if
+    // there is none, then groups, then all others in their present order with each table of
+    // static relocations behind its target, then the static symbols and their tables.
+    void imposeSectionOrder();
+    // Checks the module against the rules of the format beyond what a reader needs, and reports
+    // each breach to the error handler. False as soon as the handler says so; true if there was
+    // nothing to report, or if the handler let all of it pass. Brings the auxiliary sections up to
+    // date first.
+    bool validate();
+
     // Removes everything from the model: all objects, what was gathered about them, build
     // attributes, the values of the dynamic section and the images. The file's own fields stay.
     // Does nothing to a module without objects, so that images which have just been set stay.
@@ -379,7 +413,9 @@ public:
     bool areSymbolListsSorted() const { return m_SymbolListsSorted; }
 
 private:
+    friend class AuxiliaryUpdate;
     friend class Group;
+    friend class Pruner;
     friend class Section;
     friend class Symbol;
 
@@ -399,6 +435,15 @@ private:
         field = value;
         markChanged();
     }
+    // Objects that are only walked: each knows the next.
+    template <typename Kind>
+    struct Chain {
+        Kind* m_First = nullptr;
+        Kind* m_Last = nullptr;
+    };
+    template <typename Kind>
+    static Kind* append(Chain<Kind>& chain, Kind* object);
+
     const char* copyText(const char* text);
     void changeStructure();
     template <typename Kind, typename... Arguments>
@@ -422,7 +467,7 @@ private:
     void enterComdatGroup(Group* group);
     void leaveComdatGroup(Group* group);
     void dropAllDeferredContents();
-    void clearLists();
+    void forgetFile();
 
     const uint8_t* m_ReadBuffer = nullptr; // the caller's
     bool m_ContentsInReadBuffer = false;
@@ -502,6 +547,8 @@ private:
     GroupTable m_MapSignaturesToComdatGroups;
     GroupTable m_MapNamesToGroups; // for groups that are found by name; none is entered here
     FileVersionDefinition* m_FileVersionDefinition = nullptr;
+    Chain<SymbolVersionDefinition> m_VersionDefinitions;
+    Chain<SymbolVersionRequirement> m_VersionRequirements;
     Image m_ReadImage;
     Image m_OwnImage;
     std::unique_ptr<uint8_t[]> m_OwnedBytes; // of m_OwnImage

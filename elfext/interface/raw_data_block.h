@@ -31,7 +31,7 @@ public:
     void setFileOffset(uint64_t offset) override;
     void setAlignment(uint64_t alignment) override;
     DataStore* getDataStore() override { return this; }
-    // Layout makes raw data anew and never asks a block for an item: an internal fault.
+    // Blocks follow their segment, so layout never asks one for an item: an internal fault.
     DataStructure* createDataStructure(alloclib::Region* region, uint64_t offset) override;
 
     void read(uint64_t offset, void* buffer, uint64_t count) const override;

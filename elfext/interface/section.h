@@ -96,6 +96,8 @@ public:
     void setInfo(uint32_t info);
     uint64_t getFileOffset() const { return m_FileOffset; }
     bool isFileOffsetKnown() const { return m_FileOffsetKnown; }
+    // The section has outgrown its place; layout gives it another.
+    void forgetFileOffset() { m_FileOffsetKnown = false; }
     // The segment that a note of the linker names for this section, or null.
     Segment* getSegment() const { return m_Segment; }
     void setSegment(Segment* segment);
@@ -216,6 +218,7 @@ public:
 private:
     friend class Group;
     friend class ObjectModule;
+    friend class Pruner;
     friend class Relocation;
     friend class RelocationSection;
     friend class Symbol;

@@ -60,6 +60,7 @@ public:
 
 private:
     friend class ObjectModule;
+    friend class Pruner;
 
     void markChanged();
 

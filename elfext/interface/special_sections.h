@@ -80,6 +80,8 @@ public:
     void setTarget(Section* target, bool isDynamic);
 
 private:
+    friend class Pruner;
+
     Section* m_Target = nullptr;
     bool m_IsDynamic = false;
 };

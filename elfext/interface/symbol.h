@@ -116,6 +116,7 @@ public:
 
 private:
     friend class ObjectModule;
+    friend class Pruner;
 
     void markChanged();
     void markListsUnsorted();

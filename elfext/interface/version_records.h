@@ -114,6 +114,14 @@ class SymbolVersionDefinition : public VersionDefinition {
 public:
     SymbolVersionDefinition(ObjectModule* objectModule, uint16_t index, uint16_t flags)
         : VersionDefinition(objectModule, index, flags) {}
+
+    // The one that was made after it in the same module; null for the last.
+    SymbolVersionDefinition* getNext() const { return m_Next; }
+
+private:
+    friend class ObjectModule;
+
+    SymbolVersionDefinition* m_Next = nullptr;
 };
 
 class VersionRequirement : public VersionSpecification {
@@ -140,6 +148,14 @@ public:
     SymbolVersionRequirement(ObjectModule* objectModule, uint16_t index, uint16_t flags,
                              const char* libraryName, const char* versionString)
         : VersionRequirement(objectModule, index, flags, libraryName, versionString) {}
+
+    // The one that was made after it in the same module; null for the last.
+    SymbolVersionRequirement* getNext() const { return m_Next; }
+
+private:
+    friend class ObjectModule;
+
+    SymbolVersionRequirement* m_Next = nullptr;
 };
 
 } // namespace elfext

@@ -50,6 +50,28 @@ void FileRegion::addContained(FileRegion* contained, uint64_t offset) {
     contained->listMadeOnDemand(contained->m_Containers).add(this);
 }
 
+// What has not been found yet, a linker leaves out.
+void FileRegion::dropDetached() {
+    if (m_Contained != nullptr) {
+        uint32_t kept = 0;
+        for (uint32_t i = 0; i < m_Contained->getSize(); ++i) {
+            if (!(*m_Contained)[i].m_Region->isDetached()) {
+                (*m_Contained)[kept++] = (*m_Contained)[i];
+            }
+        }
+        m_Contained->setSize(kept);
+    }
+    if (m_Containers != nullptr) {
+        uint32_t kept = 0;
+        for (uint32_t i = 0; i < m_Containers->getSize(); ++i) {
+            if (!(*m_Containers)[i]->isDetached()) {
+                (*m_Containers)[kept++] = (*m_Containers)[i];
+            }
+        }
+        m_Containers->setSize(kept);
+    }
+}
+
 void FileRegion::forgetLinks() {
     m_Contained = nullptr;
     m_Containers = nullptr;

@@ -30,7 +30,7 @@ public:
             return;
         }
         for (auto other = m_Parts.begin(); other != m_Parts.end(); ++other) {
-            if (other == self || !other->overlaps(*self)) {
+            if (other == self || other->m_Region->isDetached() || !other->overlaps(*self)) {
                 continue;
             }
             const bool isContainer =

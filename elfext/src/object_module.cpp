@@ -3,6 +3,7 @@
 
 #include "attributes/interface/build_attributes.h"
 #include "elfext/interface/deferred_contents.h"
+#include "elfext/interface/prune_criteria.h"
 #include "elfext/src/low_level.h"
 #include "elfext/src/object_module_make.h"
 
@@ -181,13 +182,33 @@ bool ObjectModule::isEmpty() const {
            m_RawDataBlocks.getSize() == 0;
 }
 
+// Nobody sees the questions here, so relocations that have not been made need not be made for
+// them.
 void ObjectModule::clear() {
     TOMEX_CHECK(!m_IndexesFrozen);
     if (isEmpty() && m_Segments.getSize() == 0) {
         return;
     }
     dropAllDeferredContents();
-    clearLists();
+    for (Section* const section : m_Sections) {
+        section->m_RelocationLoader = nullptr;
+    }
+    PruneCriteria nothing;
+    NotPruneCriteria everything(&nothing, false);
+    prune(everything);
+    forgetFile();
+}
+
+// What is left to forget once all objects have been removed.
+void ObjectModule::forgetFile() {
+    for (SymbolArray* const list : {&m_SymbolsSortedByAddress, &m_DynamicSymbolsSortedByAddress,
+                                    &m_SymbolsSortedByName, &m_DynamicSymbolsSortedByName}) {
+        list->clear();
+    }
+    m_SymbolListsSorted = true;
+    m_RawDataBlocks.clear();
+    m_DebugOverlayRecords.clear();
+    m_MapNamesToGroups.clear();
     m_ElfHeader.forgetLinks();
     m_SectionHeaderTable.reset();
     m_ProgramHeaderTable.reset();
@@ -195,35 +216,10 @@ void ObjectModule::clear() {
     forgetDynamicValues();
     m_Properties = 0;
     m_FileVersionDefinition = nullptr;
+    m_VersionDefinitions = {};
+    m_VersionRequirements = {};
     releaseImages();
     markChanged();
-}
-
-void ObjectModule::clearLists() {
-    for (SectionArray* const list :
-         {&m_Sections, &m_StringTableSections, &m_SymtabSections, &m_DynsymSections,
-          &m_GroupSections, &m_HashSections, &m_ShndxSections, &m_PreemptionMapSections,
-          &m_VerdefSections, &m_VerneedSections, &m_VersymSections, &m_DynamicSections,
-          &m_DebugOverlaySections, &m_BuildAttributesSections}) {
-        list->clear();
-    }
-    for (SymbolArray* const list :
-         {&m_Symbols, &m_DynamicSymbols, &m_AbsoluteSymbols, &m_CommonSymbols, &m_UndefinedSymbols,
-          &m_AbsoluteDynamicSymbols, &m_CommonDynamicSymbols, &m_UndefinedDynamicSymbols,
-          &m_SymbolsSortedByAddress, &m_DynamicSymbolsSortedByAddress, &m_SymbolsSortedByName,
-          &m_DynamicSymbolsSortedByName}) {
-        list->clear();
-    }
-    m_SymbolListsSorted = true;
-    m_Groups.clear();
-    m_Segments.clear();
-    m_NeededLibraries.clear();
-    m_LibrarySearchPaths.clear();
-    m_Preemptions.clear();
-    m_RawDataBlocks.clear();
-    m_DebugOverlayRecords.clear();
-    m_MapSignaturesToComdatGroups.clear();
-    m_MapNamesToGroups.clear();
 }
 
 } // namespace elfext

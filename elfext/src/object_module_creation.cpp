@@ -242,10 +242,17 @@ FileVersionDefinition* ObjectModule::createFileVersionDefinition(uint16_t index,
     return m_FileVersionDefinition;
 }
 
+template <typename Kind>
+Kind* ObjectModule::append(Chain<Kind>& chain, Kind* object) {
+    (chain.m_Last != nullptr ? chain.m_Last->m_Next : chain.m_First) = object;
+    chain.m_Last = object;
+    return object;
+}
+
 SymbolVersionDefinition* ObjectModule::createSymbolVersionDefinition(uint16_t index,
                                                                      uint16_t flags) {
     changeStructure();
-    return make<SymbolVersionDefinition>(this, index, flags);
+    return append(m_VersionDefinitions, make<SymbolVersionDefinition>(this, index, flags));
 }
 
 SymbolVersionRequirement* ObjectModule::createSymbolVersionRequirement(uint16_t index,
@@ -253,7 +260,8 @@ SymbolVersionRequirement* ObjectModule::createSymbolVersionRequirement(uint16_t 
                                                                        const char* libraryName,
                                                                        const char* versionString) {
     changeStructure();
-    return make<SymbolVersionRequirement>(this, index, flags, libraryName, versionString);
+    return append(m_VersionRequirements,
+                  make<SymbolVersionRequirement>(this, index, flags, libraryName, versionString));
 }
 
 } // namespace elfext

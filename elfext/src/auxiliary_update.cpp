@@ -1,0 +1,511 @@
+// The update of the auxiliary sections, step by step.
+//
+// A table that is in use stays the object that it is, since links, segments and the program itself
+// may refer to it, and gets new contents. What is not in use any more is removed, what is missing
+// is made. Then all texts are gathered, and when every text and every section has its place, the
+// tables are filled.
+#include "elfext/src/auxiliary_state.h"
+
+#include "alloclib/interface/region_general.h"
+#include "elfext/interface/prune_criteria.h"
+#include "elfext/interface/relocation.h"
+#include "elfext/src/stray_section_criteria.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace elfext {
+
+using elfext_src_object_module_yuk::DeleteShndxSectionPruneCriteria;
+using elfext_src_object_module_yuk::DeleteStrtabSectionPruneCriteria;
+
+StringTableBuilder& AuxiliaryState::textsOf(StringTableSection* table) {
+    for (TableTexts& texts : m_Texts) {
+        if (texts.table == table) {
+            return texts.builder;
+        }
+    }
+    return m_Texts.emplace_back(table).builder;
+}
+
+void AuxiliaryState::setContents(Section& section, const void* bytes, uint64_t size) const {
+    const bool isOtherSize = section.getContentsSize() != size;
+    section.setContents(size != 0 ? bytes : "", size);
+    if (isOtherSize && !isPlaced(section)) {
+        section.forgetFileOffset();
+    }
+}
+
+namespace {
+
+bool areSameText(const char* left, const char* right) {
+    return std::strcmp(left != nullptr ? left : "", right != nullptr ? right : "") == 0;
+}
+
+template <typename Kind>
+Kind* firstOf(const ObjectModule::SectionArray& sections) {
+    return sections.getSize() != 0 ? static_cast<Kind*>(sections[0]) : nullptr;
+}
+
+// The string table that a section is linked to.
+StringTableSection* stringsOf(const Section* section) {
+    Section* const link = section != nullptr ? section->getLink() : nullptr;
+    return link != nullptr && link->getType() == SHT_STRTAB ? static_cast<StringTableSection*>(link)
+                                                            : nullptr;
+}
+
+} // namespace
+
+class AuxiliaryUpdate {
+public:
+    AuxiliaryUpdate(ObjectModule& objectModule, alloclib::Region* region)
+        : m_Module(objectModule), m_State(objectModule), m_Signatures(region) {}
+
+    void run() {
+        loadRelocations();
+        findTables();
+        removeStrays();
+        makeTables();
+        settleSignatures();
+        putLocalsFirst(m_Module.m_Symbols);
+        putLocalsFirst(m_Module.m_DynamicSymbols);
+        numberSignatures();
+        if (m_IsOrderOpen) {
+            m_Module.imposeSectionOrder();
+        }
+        startTexts();
+        addTexts();
+        fill();
+    }
+
+private:
+    // They are made of the tables that are about to be replaced.
+    void loadRelocations() {
+        for (Section* const section : m_Module.m_Sections) {
+            section->getRelocations();
+        }
+    }
+
+    // --- What is there
+
+    void findTables() {
+        m_State.m_Symtab = firstOf<SymbolTableSection>(m_Module.m_SymtabSections);
+        m_State.m_Dynsym = firstOf<SymbolTableSection>(m_Module.m_DynsymSections);
+        m_State.m_Dynamic = firstOf<DynamicSection>(m_Module.m_DynamicSections);
+        m_State.m_SectionNames = findServing(&StringTableSection::servesSectionNames);
+        m_State.m_SymbolNames = stringsOf(m_State.m_Symtab);
+        for (const Section* const user : {static_cast<const Section*>(m_State.m_Dynsym),
+                                          static_cast<const Section*>(m_State.m_Dynamic),
+                                          firstOf<const Section>(m_Module.m_PreemptionMapSections),
+                                          firstOf<const Section>(m_Module.m_VerdefSections),
+                                          firstOf<const Section>(m_Module.m_VerneedSections)}) {
+            if (m_State.m_DynamicNames == nullptr) {
+                m_State.m_DynamicNames = stringsOf(user);
+            }
+        }
+    }
+
+    StringTableSection* findServing(bool (StringTableSection::*serves)() const) const {
+        for (Section* const section : m_Module.m_StringTableSections) {
+            auto* const table = static_cast<StringTableSection*>(section);
+            if ((table->*serves)()) {
+                return table;
+            }
+        }
+        return nullptr;
+    }
+
+    // --- What is there and not in use
+
+    void removeStrays() {
+        ManualPruneCriteria strays;
+        uint32_t count = 0;
+        const auto remove = [&strays, &count](const Section* section) {
+            strays.addSection(section);
+            ++count;
+        };
+        for (const auto* const list :
+             {&m_Module.m_SymtabSections, &m_Module.m_DynsymSections,
+              &m_Module.m_DebugOverlaySections, &m_Module.m_BuildAttributesSections}) {
+            for (uint32_t i = 1; i < list->getSize(); ++i) {
+                remove((*list)[i]);
+            }
+        }
+        removeGroupSections(remove);
+        for (Section* const section : m_Module.m_Sections) {
+            const RelocationSection* const table = section->asRelocationSection();
+            if (table != nullptr && table->getTarget() == nullptr) {
+                remove(table);
+            }
+            for (const RelocationShare& share : sharesOf(*section)) {
+                if (share.m_Relocations.empty() && share.m_Table->getContentsSize() != 0) {
+                    remove(share.m_Table);
+                }
+            }
+        }
+        addStrayIndexTables(remove);
+        addStrayStringTables(strays, remove);
+        if (count != 0) {
+            m_Module.prune(strays);
+        }
+    }
+
+    // Those that no group stands behind.
+    template <typename Remove>
+    void removeGroupSections(Remove remove) {
+        std::vector<const Section*> ofGroups;
+        for (const Group* const group : m_Module.m_Groups) {
+            ofGroups.push_back(group->getSection());
+        }
+        std::sort(ofGroups.begin(), ofGroups.end());
+        for (const Section* const section : m_Module.m_GroupSections) {
+            if (!std::binary_search(ofGroups.begin(), ofGroups.end(), section)) {
+                remove(section);
+            }
+        }
+    }
+
+    static std::vector<RelocationShare> sharesOf(Section& target) {
+        const bool hasAny = target.hasRelocations() ||
+                            target.getRelocationSections().getSize() != 0 ||
+                            target.getDynamicRelocationSections().getSize() != 0;
+        return hasAny ? shareRelocations(target) : std::vector<RelocationShare>();
+    }
+
+    template <typename Remove>
+    void addStrayIndexTables(Remove remove) {
+        const auto tableOf = [](const SymbolTableSection* symbols) {
+            return symbols != nullptr ? symbols->getShndxSection() : nullptr;
+        };
+        DeleteShndxSectionPruneCriteria criteria(tableOf(m_State.m_Symtab),
+                                                 tableOf(m_State.m_Dynsym));
+        for (const Section* const section : m_Module.m_ShndxSections) {
+            if (criteria.matchesSection(section)) {
+                remove(section);
+            }
+        }
+    }
+
+    // A string table goes only if it was in use, and if nothing that stays refers to it: programs
+    // have string tables of their own.
+    template <typename Remove>
+    void addStrayStringTables(ManualPruneCriteria& strays, Remove remove) {
+        DeleteStrtabSectionPruneCriteria criteria(m_State.m_SectionNames, m_State.m_SymbolNames,
+                                                  m_State.m_DynamicNames);
+        std::vector<const Section*> linked;
+        for (const Section* const section : m_Module.m_Sections) {
+            if (!strays.matchesSection(section)) {
+                linked.push_back(section->getLink());
+            }
+        }
+        std::sort(linked.begin(), linked.end());
+        for (const Section* const section : m_Module.m_StringTableSections) {
+            const auto* const table = static_cast<const StringTableSection*>(section);
+            const bool wasInUse = table->servesSectionNames() || table->servesSymbols() ||
+                                  table->servesDynamicSymbols() || table->servesDynamicSection();
+            if (wasInUse && criteria.matchesSection(table) && !m_State.isPlaced(*table) &&
+                !std::binary_search(linked.begin(), linked.end(), table)) {
+                remove(table);
+            }
+        }
+    }
+
+    // --- What is missing
+
+    void makeTables() {
+        makeDynamicTables();
+        makeRelocationTables();
+        for (Group* const group : m_Module.m_Groups) {
+            if (group->getSection() == nullptr) {
+                group->setSection(made(m_Module.createGroupSection(group->getName())));
+            }
+        }
+        if (m_Module.m_DebugOverlayRecords.getSize() != 0 &&
+            m_Module.m_DebugOverlaySections.getSize() == 0) {
+            made(m_Module.createDebugOverlaySection());
+        }
+        if (m_Module.m_BuildAttributesSections.getSize() == 0 && needsAttributesSection(m_Module)) {
+            made(m_Module.createBuildAttributesSection());
+        }
+        makeStaticSymbols();
+        makeSectionNames();
+        setServices();
+    }
+
+    template <typename Kind>
+    Kind* made(Kind* section) {
+        section->setAlignment(m_State.m_Sizes.address);
+        m_IsOrderOpen = true;
+        return section;
+    }
+    template <typename Kind>
+    Kind* madeForLoading(Kind* section) {
+        section->setFlags(section->getFlags() | SHF_ALLOC);
+        return made(section);
+    }
+
+    void makeStaticSymbols() {
+        const bool isNeeded =
+            m_Module.m_Symbols.getSize() != 0 || m_Module.m_Groups.getSize() != 0 ||
+            std::any_of(m_Module.m_Sections.begin(), m_Module.m_Sections.end(),
+                        [](const Section* section) {
+                            return section->getRelocationSections().getSize() != 0;
+                        });
+        if (m_State.m_Symtab == nullptr && isNeeded) {
+            m_State.m_Symtab = made(m_Module.createSymbolTableSection(SHT_SYMTAB, ".symtab"));
+            TOMEX_CHECK_TEXT(m_Module.m_SymtabSections.getSize() == 1,
+                             "m_SymtabSections.getSize() == 1");
+        }
+        if (m_State.m_Symtab != nullptr && m_State.m_SymbolNames == nullptr) {
+            m_State.m_SymbolNames = made(m_Module.createStringTableSection(".strtab"));
+            m_State.m_SymbolNames->setAlignment(1);
+        }
+        makeIndexTable(m_State.m_Symtab, m_Module.m_Symbols);
+    }
+
+    void makeIndexTable(SymbolTableSection* table, const ObjectModule::SymbolArray& symbols) {
+        if (table == nullptr || table->getShndxSection() != nullptr ||
+            m_Module.getSectionCount() < SHN_LORESERVE) {
+            return;
+        }
+        const bool isNeeded = std::any_of(symbols.begin(), symbols.end(), [](const Symbol* symbol) {
+            return symbol->getCategory() == Symbol::Category_Hosted;
+        });
+        if (isNeeded) {
+            table->setShndxSection(made(m_Module.createShndxSection()));
+        }
+    }
+
+    void makeSectionNames() {
+        const bool isNeeded =
+            std::any_of(m_Module.m_Sections.begin(), m_Module.m_Sections.end(),
+                        [](const Section* section) { return section->getName() != nullptr; });
+        if (m_State.m_SectionNames == nullptr && isNeeded) {
+            m_State.m_SectionNames = made(m_Module.createStringTableSection(".shstrtab"));
+            m_State.m_SectionNames->setAlignment(1);
+        }
+    }
+
+    void makeDynamicTables() {
+        const bool hasRecords = hasDynamicRecords(m_Module);
+        const bool hasSymbols = m_Module.m_DynamicSymbols.getSize() != 0;
+        if (m_State.m_Dynsym == nullptr && (hasSymbols || hasDynamicRelocations())) {
+            m_State.m_Dynsym =
+                madeForLoading(m_Module.createSymbolTableSection(SHT_DYNSYM, ".dynsym"));
+            m_State.m_Dynsym->setHashSection(madeForLoading(m_Module.createHashSection()));
+        }
+        if (m_State.m_Dynamic == nullptr && (hasRecords || hasSymbols)) {
+            m_State.m_Dynamic = madeForLoading(m_Module.createDynamicSection());
+            m_State.m_Dynamic->setFlags(SHF_ALLOC | SHF_WRITE);
+        }
+        if (m_Module.m_Preemptions.getSize() != 0 &&
+            m_Module.m_PreemptionMapSections.getSize() == 0 && tellsPreemptionMap(m_State)) {
+            madeForLoading(m_Module.createPreemptionMapSection());
+        }
+        makeVersionTables();
+        const bool needsNames = m_State.m_Dynsym != nullptr || m_State.m_Dynamic != nullptr ||
+                                m_Module.m_PreemptionMapSections.getSize() != 0 ||
+                                hasVersions(m_Module);
+        if (m_State.m_DynamicNames == nullptr && needsNames) {
+            m_State.m_DynamicNames = madeForLoading(m_Module.createStringTableSection(".dynstr"));
+            m_State.m_DynamicNames->setAlignment(1);
+        }
+        makeIndexTable(m_State.m_Dynsym, m_Module.m_DynamicSymbols);
+    }
+
+    void makeVersionTables() {
+        const bool hasDefinitions = m_Module.getFileVersionDefinition() != nullptr ||
+                                    m_Module.getFirstSymbolVersionDefinition() != nullptr;
+        if (hasDefinitions && m_Module.m_VerdefSections.getSize() == 0) {
+            madeForLoading(m_Module.createVerdefSection());
+        }
+        if (m_Module.getFirstSymbolVersionRequirement() != nullptr &&
+            m_Module.m_VerneedSections.getSize() == 0) {
+            madeForLoading(m_Module.createVerneedSection());
+        }
+        if (hasVersions(m_Module) && m_State.m_Dynsym != nullptr &&
+            m_Module.m_VersymSections.getSize() == 0) {
+            madeForLoading(m_Module.createVersymSection());
+        }
+    }
+
+    bool hasDynamicRelocations() const {
+        for (Section* const section : m_Module.m_Sections) {
+            for (const Relocation* const relocation : section->getRelocations()) {
+                if (relocation->isDynamic()) {
+                    return true;
+                }
+            }
+        }
+        return false;
+    }
+
+    void makeRelocationTables() {
+        const uint32_t count = m_Module.getSectionCount(); // the new ones are not relocated
+        for (uint32_t i = 0; i < count; ++i) {
+            Section& target = *m_Module.getSection(i);
+            for (const RelocationShare& share : sharesOf(target)) {
+                if (share.m_Table == nullptr) {
+                    const Relocation& first = *share.m_Relocations.front();
+                    made(
+                        makeRelocationTable(m_State, target, first.isDynamic(), first.hasAddend()));
+                }
+            }
+        }
+    }
+
+    // --- Symbols
+
+    // Finds the symbol that tells the name of each group, or makes one.
+    void settleSignatures() {
+        for (Group* const group : m_Module.m_Groups) {
+            const auto* const section = static_cast<GroupSection*>(group->getSection());
+            const uint32_t index = section->getSignatureSymbolIndex();
+            Symbol* symbol = index != 0 && index <= m_Module.m_Symbols.getSize()
+                                 ? m_Module.m_Symbols[index - 1]
+                                 : nullptr;
+            if (symbol == nullptr || !areSameText(symbol->getName(), group->getSignature())) {
+                symbol = findSignature(group->getSignature());
+            }
+            m_Signatures.add(symbol);
+        }
+        // Made last: each new symbol puts the sorted lists out of date.
+        for (uint32_t i = 0; i < m_Signatures.getSize(); ++i) {
+            if (m_Signatures[i] == nullptr) {
+                m_Signatures[i] = createSignature(m_Module.m_Groups[i]->getSignature());
+            }
+        }
+    }
+
+    Symbol* findSignature(const char* signature) {
+        SymbolList found;
+        m_Module.findSymbols(signature, found);
+        return found.getSize() != 0 ? found[0] : nullptr;
+    }
+
+    Symbol* createSignature(const char* signature) {
+        SymbolFields fields;
+        fields.m_Name = signature;
+        fields.m_Binding = STB_LOCAL;
+        return m_Module.createAbsoluteSymbol(fields, 0);
+    }
+
+    void numberSignatures() {
+        for (uint32_t i = 0; i < m_Module.m_Groups.getSize(); ++i) {
+            static_cast<GroupSection*>(m_Module.m_Groups[i]->getSection())
+                ->setSignatureSymbolIndex(m_Module.getSymbolIndex(m_Signatures[i]));
+        }
+    }
+
+    // Required by the format: a symbol table tells where its global symbols start.
+    void putLocalsFirst(ObjectModule::SymbolArray& symbols) {
+        const auto isLocal = [](const Symbol* symbol) { return symbol->getBinding() == STB_LOCAL; };
+        if (!std::is_partitioned(symbols.begin(), symbols.end(), isLocal)) {
+            std::stable_partition(symbols.begin(), symbols.end(), isLocal);
+            m_Module.m_SymbolListsSorted = false;
+        }
+    }
+
+    // --- Contents
+
+    // A table whose offsets others know keeps its bytes.
+    void startTexts() {
+        for (StringTableSection* const table :
+             {m_State.m_SectionNames, m_State.m_SymbolNames, m_State.m_DynamicNames,
+              stringsOf(m_State.m_Dynamic)}) {
+            if (table != nullptr) {
+                m_State.textsOf(table);
+            }
+        }
+        for (auto& [table, builder] : m_State.m_Texts) {
+            if (m_State.isPlaced(*table) || hasOtherUsers(table)) {
+                const Buffer& bytes = std::as_const(*table).getLoadedContents();
+                builder.keep({bytes.getData(), static_cast<size_t>(bytes.getSize())});
+            }
+        }
+    }
+
+    bool hasOtherUsers(const StringTableSection* table) const {
+        const Section* const users[] = {m_State.m_Symtab, m_State.m_Dynsym, m_State.m_Dynamic};
+        return std::any_of(m_Module.m_Sections.begin(), m_Module.m_Sections.end(),
+                           [&users, table](const Section* section) {
+                               return section->getLink() == table &&
+                                      std::find(std::begin(users), std::end(users), section) ==
+                                          std::end(users);
+                           });
+    }
+
+    void setServices() {
+        for (Section* const section : m_Module.m_StringTableSections) {
+            auto* const table = static_cast<StringTableSection*>(section);
+            table->setServesSectionNames(false);
+            table->setServesSymbols(false);
+            table->setServesDynamicSymbols(false);
+            table->setServesDynamicSection(false);
+        }
+        if (m_State.m_SectionNames != nullptr) {
+            m_State.m_SectionNames->setServesSectionNames(true);
+        }
+        if (m_State.m_Symtab != nullptr && m_State.m_SymbolNames != nullptr) {
+            m_State.m_SymbolNames->setServesSymbols(true);
+        }
+        if (m_State.m_Dynsym != nullptr && m_State.m_DynamicNames != nullptr) {
+            m_State.m_DynamicNames->setServesDynamicSymbols(true);
+        }
+        StringTableSection* const linked = stringsOf(m_State.m_Dynamic);
+        StringTableSection* const ofDynamic = linked != nullptr ? linked : m_State.m_DynamicNames;
+        if (m_State.m_Dynamic != nullptr && ofDynamic != nullptr) {
+            ofDynamic->setServesDynamicSection(true);
+        }
+    }
+
+    void addTexts() {
+        if (m_State.m_SectionNames != nullptr) {
+            StringTableBuilder& names = m_State.textsOf(m_State.m_SectionNames);
+            for (const Section* const section : m_Module.m_Sections) {
+                names.add(section->getName());
+            }
+        }
+        addSymbolTexts(m_State);
+        addVersionTexts(m_State);
+        addDynamicTexts(m_State);
+    }
+
+    void fill() {
+        for (auto& [table, builder] : m_State.m_Texts) {
+            builder.build();
+            m_State.setContents(*table, builder.bytes().data(), builder.bytes().size());
+        }
+        for (SymbolTableSection* const table : {m_State.m_Symtab, m_State.m_Dynsym}) {
+            if (table != nullptr) {
+                fillSymbolTable(m_State, *table);
+            }
+        }
+        fillRelocations(m_State);
+        fillGroups(m_State);
+        fillDebugOverlay(m_State);
+        fillBuildAttributes(m_State);
+        fillVersions(m_State);
+        fillPreemptionMap(m_State);
+        fillDynamic(m_State);
+    }
+
+    ObjectModule& m_Module;
+    AuxiliaryState m_State;
+    fast_array<Symbol*> m_Signatures; // by group
+    bool m_IsOrderOpen = false;       // a section has been made
+};
+
+void ObjectModule::updateAuxiliarySections() {
+    TOMEX_CHECK(!m_IndexesFrozen);
+    if (m_AuxiliarySectionsUpToDate) {
+        return;
+    }
+    alloclib::Region* const region =
+        alloclib::RegionGeneral::Create(1024, "updateAuxiliarySections() region");
+    { AuxiliaryUpdate(*this, region).run(); }
+    region->Destroy(true);
+    m_AuxiliarySectionsUpToDate = true;
+}
+
+} // namespace elfext

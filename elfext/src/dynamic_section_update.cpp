@@ -1,0 +1,416 @@
+// Makes the entries of the dynamic section.
+//
+// The model holds a part of what such a section can say. So the entries that are there are gone
+// over in order: those that the model speaks of are taken from it, those that tell places and sizes
+// of tables from the tables, and all others stay. What the model holds beyond that follows at the
+// end. A new section tells everything.
+#include "elfext/src/auxiliary_state.h"
+
+#include "elfext/interface/dynamic_records.h"
+#include "elfext/src/dynamic_position.h"
+
+#include <algorithm>
+#include <map>
+#include <optional>
+
+namespace elfext {
+namespace {
+
+struct ValueTag {
+    uint32_t tag;
+    const ObjectModule::DynamicValue& (ObjectModule::*get)() const;
+};
+constexpr ValueTag valueTags[] = {
+    {DT_INIT, &ObjectModule::getInit},
+    {DT_FINI, &ObjectModule::getFini},
+    {DT_INIT_ARRAY, &ObjectModule::getInitArray},
+    {DT_INIT_ARRAYSZ, &ObjectModule::getInitArraySize},
+    {DT_FINI_ARRAY, &ObjectModule::getFiniArray},
+    {DT_FINI_ARRAYSZ, &ObjectModule::getFiniArraySize},
+    {DT_PREINIT_ARRAY, &ObjectModule::getPreinitArray},
+    {DT_PREINIT_ARRAYSZ, &ObjectModule::getPreinitArraySize},
+};
+
+// Tags that say the same as a bit of DT_FLAGS.
+struct FlagTag {
+    uint32_t tag;
+    uint32_t flag;
+};
+constexpr FlagTag flagTags[] = {
+    {DT_SYMBOLIC, DF_SYMBOLIC},
+    {DT_TEXTREL, DF_TEXTREL},
+    {DT_BIND_NOW, DF_BIND_NOW},
+};
+
+// The address and the size of a table of relocations.
+struct TableTags {
+    uint32_t addressTag;
+    uint32_t sizeTag;
+};
+constexpr TableTags relocationTags[] = {
+    {DT_RELA, DT_RELASZ},
+    {DT_REL, DT_RELSZ},
+    {DT_JMPREL, DT_PLTRELSZ},
+};
+
+struct Entry {
+    uint64_t tag = DT_NULL;
+    uint64_t value = 0;
+    const char* text = nullptr; // its place is the value, if there is one
+};
+
+StringTableSection* textTable(const AuxiliaryState& state) {
+    Section* const link = state.m_Dynamic->getLink();
+    return link != nullptr && link->getType() == SHT_STRTAB ? static_cast<StringTableSection*>(link)
+                                                            : state.m_DynamicNames;
+}
+
+std::vector<Entry> readEntries(const AuxiliaryState& state, uint64_t& slotCount) {
+    std::vector<Entry> entries;
+    const Buffer& bytes = std::as_const(*state.m_Dynamic).getLoadedContents();
+    const uint64_t entrySize = state.m_Sizes.dynamicEntry;
+    slotCount = bytes.getSize() / entrySize;
+    withLayout(state.m_Is64, state.m_IsLittleEndian, [&](auto layout) {
+        for (uint64_t i = 0; i < slotCount; ++i) {
+            const uint8_t* const entry = bytes.getData() + i * entrySize;
+            const uint64_t tag = layout.address(entry);
+            if (static_cast<uint32_t>(tag) == DT_NULL) {
+                return;
+            }
+            entries.push_back({tag, layout.address(entry + layout.sizes.address), nullptr});
+        }
+    });
+    return entries;
+}
+
+const Section* firstSection(const ObjectModule::SectionArray& sections) {
+    return sections.getSize() != 0 ? sections[0] : nullptr;
+}
+
+class DynamicEntries {
+public:
+    explicit DynamicEntries(AuxiliaryState& state)
+        : m_State(state), m_Module(state.m_Module), m_Old(readEntries(state, m_SlotCount)) {
+        gatherTexts();
+        gatherValues();
+    }
+
+    // All entries up to the one that ends the section.
+    const std::vector<Entry>& make() {
+        for (const Entry& entry : m_Old) {
+            m_OldFlagTags |= flagOf(entry.tag);
+        }
+        for (const Entry& entry : m_Old) {
+            keepEntry(entry);
+        }
+        addRest();
+        return m_Entries;
+    }
+
+    // How many entries the section had, the ending ones included.
+    uint64_t slotCount() const { return m_SlotCount; }
+
+private:
+    // --- What the model has
+
+    void gatherTexts() {
+        for (uint32_t i = 0; i < m_Module.getNeededLibraryCount(); ++i) {
+            m_Texts[DT_NEEDED].push_back(m_Module.getNeededLibrary(i)->getName());
+        }
+        for (const uint32_t tag : {DT_SONAME, DT_RPATH, DT_RUNPATH}) {
+            m_Texts[tag];
+        }
+        if (m_Module.getSoName() != nullptr) {
+            m_Texts[DT_SONAME].push_back(m_Module.getSoName());
+        }
+        for (uint32_t i = 0; i < m_Module.getLibrarySearchPathCount(); ++i) {
+            const LibrarySearchPath& path = *m_Module.getLibrarySearchPath(i);
+            m_Texts[path.getTag()].push_back(path.getPath());
+        }
+        m_Texts[DT_NEEDED];
+    }
+
+    // Values that follow from tables. A new section has a place for each of them.
+    void gatherValues() {
+        const auto setAddress = [this](uint32_t tag, const Section* section) {
+            if (section != nullptr) {
+                m_Values[tag] = section->getAddress();
+            }
+        };
+        const Section* const texts = textTable(m_State);
+        setAddress(DT_HASH,
+                   m_State.m_Dynsym != nullptr ? m_State.m_Dynsym->getHashSection() : nullptr);
+        setAddress(DT_SYMTAB, m_State.m_Dynsym);
+        setAddress(DT_STRTAB, texts);
+        m_Values[DT_STRSZ] = texts->getSize();
+        m_Values[DT_SYMENT] = m_State.m_Sizes.symbol;
+        if (hasVersions(m_Module)) {
+            const Section* const definitions = firstSection(m_Module.getVerdefSections());
+            const Section* const requirements = firstSection(m_Module.getVerneedSections());
+            setAddress(DT_VERSYM, firstSection(m_Module.getVersymSections()));
+            setAddress(DT_VERDEF, definitions);
+            setAddress(DT_VERNEED, requirements);
+            if (definitions != nullptr) {
+                m_Values[DT_VERDEFNUM] = definitions->getInfo();
+            }
+            if (requirements != nullptr) {
+                m_Values[DT_VERNEEDNUM] = requirements->getInfo();
+            }
+        }
+        if (!isPreemptionMapFileOffset(m_Module)) {
+            setAddress(DT_QEL_PREEMPTMAP, firstSection(m_Module.getPreemptionMapSections()));
+        }
+    }
+
+    static uint32_t flagOf(uint64_t tag) {
+        const auto* const row =
+            std::find_if(std::begin(flagTags), std::end(flagTags),
+                         [tag](const FlagTag& flag) { return flag.tag == tag; });
+        return row != std::end(flagTags) ? row->flag : 0;
+    }
+    static const ValueTag* valueTagOf(uint64_t tag) {
+        const auto* const row =
+            std::find_if(std::begin(valueTags), std::end(valueTags),
+                         [tag](const ValueTag& value) { return value.tag == tag; });
+        return row != std::end(valueTags) ? row : nullptr;
+    }
+
+    // --- Entries that are there
+
+    void keepEntry(const Entry& entry) {
+        const auto tag = static_cast<uint32_t>(entry.tag);
+        if (const auto texts = m_Texts.find(tag); texts != m_Texts.end()) {
+            takeText(tag, texts->second);
+        } else if (const ValueTag* const value = valueTagOf(tag); value != nullptr) {
+            keepValue(entry, (m_Module.*value->get)());
+        } else if (const uint32_t flag = flagOf(tag); flag != 0) {
+            if ((m_Module.getDynamicFlags() & flag) != 0) {
+                m_Entries.push_back(entry);
+            }
+        } else if (tag == DT_FLAGS) {
+            keepFlags(entry);
+        } else if (const auto place = m_Values.find(tag); place != m_Values.end()) {
+            m_Entries.push_back({entry.tag, place->second, nullptr});
+        } else {
+            m_Entries.push_back({entry.tag, resized(tag, entry.value), nullptr});
+        }
+        m_Seen[tag] = true;
+    }
+
+    void takeText(uint32_t tag, const std::vector<const char*>& texts) {
+        size_t& taken = m_TextsTaken[tag];
+        if (taken < texts.size()) {
+            m_Entries.push_back({tag, 0, texts[taken++]});
+        }
+    }
+
+    // The model holds 32 bits of a value that was read.
+    void keepValue(const Entry& entry, const ObjectModule::DynamicValue& value) {
+        if (value.has_value()) {
+            const bool isSame = static_cast<uint32_t>(entry.value) == *value;
+            m_Entries.push_back({entry.tag, isSame ? entry.value : *value, nullptr});
+        }
+    }
+
+    // Bits that have a tag of their own here stay out of it, unless they were in it.
+    void keepFlags(const Entry& entry) {
+        const uint32_t elsewhere = m_OldFlagTags & ~static_cast<uint32_t>(entry.value);
+        m_Entries.push_back({entry.tag, m_Module.getDynamicFlags() & ~elsewhere, nullptr});
+    }
+
+    // The size of a table of relocations that has changed.
+    uint64_t resized(uint32_t tag, uint64_t value) const {
+        for (const TableTags& tags : relocationTags) {
+            if (tags.sizeTag != tag) {
+                continue;
+            }
+            const auto address =
+                std::find_if(m_Old.begin(), m_Old.end(),
+                             [&tags](const Entry& entry) { return entry.tag == tags.addressTag; });
+            for (const ResizedTable& table : m_State.m_ResizedTables) {
+                if (address != m_Old.end() && table.m_Address == address->value &&
+                    table.m_OldSize == value) {
+                    return table.m_Size;
+                }
+            }
+        }
+        return value;
+    }
+
+    // --- What follows
+
+    void addRest() {
+        for (const uint32_t tag : {DT_NEEDED, DT_SONAME, DT_RPATH, DT_RUNPATH}) {
+            const std::vector<const char*>& texts = m_Texts[tag];
+            while (m_TextsTaken[tag] < texts.size()) {
+                takeText(tag, texts);
+            }
+        }
+        for (const ValueTag& row : valueTags) {
+            const ObjectModule::DynamicValue& value = (m_Module.*row.get)();
+            if (value.has_value() && !m_Seen[row.tag]) {
+                m_Entries.push_back({row.tag, *value, nullptr});
+            }
+        }
+        addFlags();
+        const bool isNew = m_Old.empty();
+        for (const auto& [tag, value] : m_Values) {
+            if ((isNew || tag == DT_QEL_PREEMPTMAP) && !m_Seen[tag]) {
+                m_Entries.push_back({tag, value, nullptr});
+            }
+        }
+        if (isPreemptionMapFileOffset(m_Module) && !m_Seen[DT_QEL_PREEMPTMAP] &&
+            firstSection(m_Module.getPreemptionMapSections()) != nullptr) {
+            m_Entries.push_back({DT_QEL_PREEMPTMAP, 0, nullptr}); // layout knows better
+        }
+        if (isNew) {
+            addRelocationTables();
+        }
+    }
+
+    void addFlags() {
+        const uint32_t missing = m_Module.getDynamicFlags() & ~m_OldFlagTags;
+        if (!m_Seen[DT_FLAGS] && (missing != 0 || (m_Module.hasDynamicFlags() && m_Old.empty()))) {
+            m_Entries.push_back({DT_FLAGS, missing, nullptr});
+        }
+    }
+
+    // The first table of each kind: only one can be told of.
+    void addRelocationTables() {
+        std::map<uint32_t, const RelocationSection*> tables; // by the tag of the address
+        for (const Section* const section : m_Module.getSections()) {
+            const RelocationSection* const table = section->asRelocationSection();
+            if (table != nullptr && table->isDynamic()) {
+                const bool isPlt = table->getTarget() != nullptr && isPltOrGot(*table->getTarget());
+                const uint32_t tag = isPlt ? DT_JMPREL : table->hasAddends() ? DT_RELA : DT_REL;
+                tables.try_emplace(tag, table);
+            }
+        }
+        for (const TableTags& tags : relocationTags) {
+            const auto place = tables.find(tags.addressTag);
+            if (place == tables.end()) {
+                continue;
+            }
+            const RelocationSection& table = *place->second;
+            m_Entries.push_back({tags.addressTag, table.getAddress(), nullptr});
+            m_Entries.push_back({tags.sizeTag, table.getSize(), nullptr});
+            if (tags.addressTag == DT_JMPREL) {
+                m_Entries.push_back({DT_PLTREL, table.hasAddends() ? DT_RELA : DT_REL, nullptr});
+            } else {
+                m_Entries.push_back(
+                    {table.hasAddends() ? DT_RELAENT : DT_RELENT,
+                     table.hasAddends() ? m_State.m_Sizes.rela : m_State.m_Sizes.rel, nullptr});
+            }
+        }
+    }
+
+    AuxiliaryState& m_State;
+    ObjectModule& m_Module;
+    uint64_t m_SlotCount = 0;
+    std::vector<Entry> m_Old;
+    std::vector<Entry> m_Entries;
+    std::map<uint32_t, std::vector<const char*>> m_Texts;
+    std::map<uint32_t, size_t> m_TextsTaken;
+    std::map<uint32_t, uint64_t> m_Values;
+    std::map<uint32_t, bool> m_Seen;
+    uint32_t m_OldFlagTags = 0; // the flags that have entries of their own
+};
+
+} // namespace
+
+bool isPreemptionMapFileOffset(const ObjectModule& objectModule) {
+    return objectModule.getMachine() == EM_QEL && objectModule.getOsAbi() == ELFOSABI_QEL;
+}
+
+bool hasDynamicRecords(const ObjectModule& objectModule) {
+    const bool hasValue = std::any_of(
+        std::begin(valueTags), std::end(valueTags),
+        [&objectModule](const ValueTag& row) { return (objectModule.*row.get)().has_value(); });
+    return hasValue || objectModule.hasDynamicFlags() || objectModule.getSoName() != nullptr ||
+           objectModule.getNeededLibraryCount() != 0 ||
+           objectModule.getLibrarySearchPathCount() != 0 || objectModule.getPreemptionCount() != 0;
+}
+
+// A map that was found in a section of another type stays where it is.
+bool tellsPreemptionMap(AuxiliaryState& state) {
+    uint64_t slotCount = 0;
+    if (state.m_Dynamic == nullptr) {
+        return false;
+    }
+    const std::vector<Entry> entries = readEntries(state, slotCount);
+    return std::none_of(entries.begin(), entries.end(),
+                        [](const Entry& entry) { return entry.tag == DT_QEL_PREEMPTMAP; });
+}
+
+void addDynamicTexts(AuxiliaryState& state) {
+    const ObjectModule& objectModule = state.m_Module;
+    if (state.m_Dynamic != nullptr) {
+        StringTableBuilder& texts = state.textsOf(textTable(state));
+        for (uint32_t i = 0; i < objectModule.getNeededLibraryCount(); ++i) {
+            texts.add(objectModule.getNeededLibrary(i)->getName());
+        }
+        for (uint32_t i = 0; i < objectModule.getLibrarySearchPathCount(); ++i) {
+            texts.add(objectModule.getLibrarySearchPath(i)->getPath());
+        }
+        texts.add(objectModule.getSoName());
+    }
+    if (objectModule.getPreemptionMapSections().getSize() != 0) {
+        StringTableBuilder& texts = state.textsOf(state.m_DynamicNames);
+        for (uint32_t i = 0; i < objectModule.getPreemptionCount(); ++i) {
+            const Preemption& preemption = *objectModule.getPreemption(i);
+            texts.add(preemption.getSymbolName());
+            texts.add(preemption.getPreemptingDllName());
+            for (uint32_t k = 0; k < preemption.getPreemptedDllCount(); ++k) {
+                texts.add(preemption.getPreemptedDll(k)->getName());
+            }
+        }
+    }
+}
+
+// Of several dynamic sections nobody can tell which holds what, so they stay as they are.
+void fillDynamic(AuxiliaryState& state) {
+    if (state.m_Dynamic == nullptr || state.m_Module.getDynamicSections().getSize() != 1) {
+        return;
+    }
+    StringTableSection* const table = textTable(state);
+    const StringTableBuilder& texts = state.textsOf(table);
+    DynamicEntries entries(state);
+    RecordBytes bytes = state.makeBytes();
+    for (const Entry& entry : entries.make()) {
+        bytes.address(entry.tag);
+        bytes.address(entry.text != nullptr ? texts.offsetOf(entry.text) : entry.value);
+    }
+    const uint64_t entrySize = state.m_Sizes.dynamicEntry;
+    bytes.resize(std::max(bytes.size() + entrySize, entries.slotCount() * entrySize));
+    state.setTable(*state.m_Dynamic, bytes, entrySize);
+    state.m_Dynamic->setLink(table);
+}
+
+// The contents change, the model does not.
+void settlePreemptionMapOffset(ObjectModule& objectModule) {
+    const ObjectModule::SectionArray& maps = objectModule.getPreemptionMapSections();
+    const ObjectModule::SectionArray& sections = objectModule.getDynamicSections();
+    if (!isPreemptionMapFileOffset(objectModule) || maps.getSize() == 0 ||
+        sections.getSize() != 1) {
+        return;
+    }
+    const bool is64 = objectModule.is64Bit();
+    Buffer& bytes = sections[0]->getLoadedContents();
+    const uint64_t entrySize = recordSizes(is64).dynamicEntry;
+    const uint64_t offset = maps[0]->getFileOffset();
+    withLayout(is64, objectModule.isLittleEndian(), [&](auto layout) {
+        for (uint64_t place = 0; entrySize <= bytes.getSize() - place; place += entrySize) {
+            const uint64_t tag = layout.address(std::as_const(bytes).getData() + place);
+            if (tag == DT_NULL) {
+                return;
+            }
+            if (tag == DT_QEL_PREEMPTMAP) {
+                RecordBytes value(is64, objectModule.isLittleEndian());
+                value.address(offset);
+                bytes.writeBytes(place + layout.sizes.address, value.data(), value.size());
+            }
+        }
+    });
+}
+
+} // namespace elfext
