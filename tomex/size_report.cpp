@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <new>
 #include <string_view>
 #include <vector>
 
@@ -23,39 +24,45 @@ struct EntryRecord {
     const char* memberName;
 };
 
-// What the members come to, and what is said at the end. All columns are 32 bits wide.
-struct SizesTotals {
+// The numbers of a row. All are 32 bits wide, sums as well.
+struct Columns {
     uint32_t code = 0;
     uint32_t roData = 0;
     uint32_t rwData = 0;
     uint32_t ziData = 0;
     uint32_t debug = 0;
+
+    Columns& operator+=(const Columns& other) {
+        code += other.code;
+        roData += other.roData;
+        rwData += other.rwData;
+        ziData += other.ziData;
+        debug += other.debug;
+        return *this;
+    }
+};
+
+// What the members come to, and what is said at the end.
+struct SizesTotals {
+    Columns sums;
     uint32_t flags = 0; // ReportFlag bits
     EntryRecord* firstEntry = nullptr;
     EntryRecord* lastEntry = nullptr;
 };
 
-void printRow(const SizesTotals& sizes, const char* name) {
-    reportPlain(messages::MessageKey_SizesRow, sizes.code, sizes.roData, sizes.rwData, sizes.ziData,
-                sizes.debug, name);
+void printRow(const Columns& columns, const char* name) {
+    reportPlain(messages::MessageKey_SizesRow, columns.code, columns.roData, columns.rwData,
+                columns.ziData, columns.debug, name);
 }
 
-SizesTotals columnsOf(const elfext::SizeStatistics& statistics) {
-    SizesTotals columns;
+Columns columnsOf(const elfext::SizeStatistics& statistics) {
+    Columns columns;
     columns.code = static_cast<uint32_t>(statistics.m_Code + statistics.m_LiteralPools);
     columns.roData = static_cast<uint32_t>(statistics.m_RoData + statistics.m_InternalPadding);
     columns.rwData = static_cast<uint32_t>(statistics.m_RwDataUncompressed);
     columns.ziData = static_cast<uint32_t>(statistics.m_ZiData);
     columns.debug = static_cast<uint32_t>(statistics.m_DebugInfo);
     return columns;
-}
-
-void addColumns(SizesTotals& totals, const SizesTotals& columns) {
-    totals.code += columns.code;
-    totals.roData += columns.roData;
-    totals.rwData += columns.rwData;
-    totals.ziData += columns.ziData;
-    totals.debug += columns.debug;
 }
 
 void appendEntry(SizesTotals& totals, const EntryRecord& entry) {
@@ -141,11 +148,11 @@ void reportMemberSizes(arlib::ArchiveMember& member, SizesTotals& totals) {
     if ((totals.flags & ReportFlag_Entries) != 0) {
         listEntries(module, member.getName(), totals);
     }
-    const SizesTotals columns = columnsOf(elfext::computeSizeStatistics(module));
+    const Columns columns = columnsOf(elfext::computeSizeStatistics(module));
     if ((totals.flags & ReportFlag_Sizes) != 0) {
         printRow(columns, member.getName());
     }
-    addColumns(totals, columns);
+    totals.sums += columns;
 }
 
 void printEntries(const SizesTotals& totals) {
@@ -178,7 +185,7 @@ void reportSizes(arlib::Archive& archive, const ArchiveReadStatus& status, uint3
     }
     if ((flags & ReportFlag_Sizes) != 0) {
         // The name's line feed makes an empty line behind the table.
-        printRow(totals, "TOTAL\n");
+        printRow(totals.sums, "TOTAL\n");
     }
     if ((flags & ReportFlag_Entries) != 0) {
         printEntries(totals);

@@ -18,7 +18,7 @@ constexpr char failureMark = 'F';
 
 // A sound module takes milliseconds, and memory of a few times its size.
 platform::WorkLimits limitsFor(uint64_t size) {
-    constexpr uint64_t mebibyte = 1024 * 1024;
+    constexpr uint64_t mebibyte = uint64_t{1024} * 1024;
     return {.memory = 512 * mebibyte + 64 * size,
             .seconds = static_cast<uint32_t>(2 + size / mebibyte)};
 }

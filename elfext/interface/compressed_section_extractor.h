@@ -57,9 +57,10 @@ public:
     bool findUncompressedSize(const Section& section, uint64_t& size) const;
 
     // Fills `destination` with a section of the module as it is in memory: as many bytes as
-    // findUncompressedSize tells, or else as the section's size, at most 4 GiB. A section that
-    // cannot be unpacked comes as it is in the file, with zeros behind it. False if the contents
-    // could not be fetched from the file, which has been reported.
+    // findUncompressedSize tells, or else as the section's getSize. The caller asks these first,
+    // and not only for the room: more than UINT32_MAX bytes are an internal fault, and files may
+    // claim any number. A section that cannot be unpacked comes as it is in the file, with zeros
+    // behind it. False if the contents could not be fetched from the file, which has been reported.
     bool getContents(Section* section, uint8_t* destination) const;
 
 private:

@@ -38,6 +38,7 @@ void sortMarks(std::vector<Mark>& marks) {
     }
 }
 
+// Of the symbols only these are sorted: a section's own sorted lists come all four or not at all.
 std::vector<Mark> marksOf(const Section& section) {
     std::vector<Mark> marks;
     for (const Symbol* const symbol : section.getHostedSymbols()) {

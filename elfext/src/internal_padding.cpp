@@ -58,8 +58,8 @@ void listContents(ObjectModule& objectModule, RangeArray& ranges) {
 }
 
 // Both lists are normalised. One walk over each: contents that reach beyond the end of a segment
-// are used up with it, and do not count for the next one. (Required: the linker's own report of
-// sizes, with which users compare this one, counts so.)
+// are used up with it, and do not count for the next one. (Required: the sums that users keep were
+// counted so.)
 uint64_t countGaps(const RangeArray& segments, const RangeArray& contents) {
     uint64_t sum = 0;
     uint32_t cursor = 0;

@@ -13,6 +13,7 @@
 #include "elfext/interface/format_recognizer.h"
 #include "elfext/interface/object_module.h"
 #include "tests/arlib/arlib_fixture.h"
+#include "tests/support/elf_builder.h"
 #include "tests/support/module_walk.h"
 #include "tests/support/rich_elf.h"
 
@@ -200,6 +201,53 @@ TEST_P(HostileRichElf, EverySectionAnywhere) {
         }
     }
     EXPECT_GT(m_GoodReads, 0U);
+}
+
+// An image whose linker has compressed its data: ten bytes that are a hundred in memory.
+class HostileCompressedImage : public HostileElf, public testing::WithParamInterface<ElfFormat> {
+protected:
+    // Without the right name for this symbol nothing is compressed.
+    static testsupport::ElfBuilder image(const std::string& fourWords = "__scatterload_rt2") {
+        testsupport::ElfBuilder builder(GetParam(), ET_EXEC);
+        testsupport::ElfBytes table(GetParam());
+        table.address(0x9000).address(0x20000).address(100).address(0x8000);
+        builder.add({.name = "ER_RO",
+                     .flags = SHF_ALLOC | SHF_EXECINSTR,
+                     .contents = std::string(16, 'c') + table.bytes(),
+                     .address = 0x8000});
+        builder.add({.name = "ER_RW",
+                     .flags = SHF_ALLOC | SHF_WRITE,
+                     .contents = "ddddeeeeff",
+                     .address = 0x20000});
+        builder.addSymbols({{.name = "__decompress", .section = 1, .value = 0x8000},
+                            {.name = "__decompress1", .section = 1, .value = 0x8000},
+                            {.name = fourWords, .section = 1, .value = 0x8008},
+                            {.name = "Region$$Table$$Base", .section = 1, .value = 0x8010}});
+        return builder;
+    }
+};
+
+std::string imageName(const testing::TestParamInfo<ElfFormat>& info) {
+    return kindName({{info.param, ET_EXEC}, info.index});
+}
+
+INSTANTIATE_TEST_SUITE_P(All, HostileCompressedImage, testing::ValuesIn(testsupport::allElfFormats),
+                         imageName);
+
+TEST_P(HostileCompressedImage, SectionsAreUnpacked) {
+    readBoth(image("__scatterload_rt1").bytes());
+    const uint64_t plain = m_Walked;
+    m_Walked = 0;
+    readBoth(image().bytes());
+    EXPECT_EQ(m_GoodReads, 4U);
+    // Both reads see the ten bytes once more.
+    EXPECT_GT(m_Walked, plain + 2 * 10 * uint64_t{'d'});
+}
+
+TEST_P(HostileCompressedImage, EveryByteSpoiled) {
+    const std::string right = image().bytes();
+    spoilEach(right, 0, right.size(), turningValues);
+    EXPECT_GT(m_GoodReads, 0U) << "many bytes matter to nobody";
 }
 
 TEST_F(HostileElf, ShortInputs) {

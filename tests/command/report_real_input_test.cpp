@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <map>
+#include <set>
 
 #include "tests/command/report_case.h"
 #include "tests/support/retarget.h"
@@ -307,28 +308,102 @@ TEST_F(ReportRealInput, SizesOfProgramsAndSharedLibrariesAreWhatReadelfLists) {
     EXPECT_TRUE(sameLines(prints({"--sizes", "lib.a"}), expected));
 }
 
+// Constants, data, zeros, code, and each kind of thread-local data.
+const char* const sourceOfAllKinds =
+    "int data[3] = {1, 2, 3}; const int constants[5] = {4}; int zeros[7];"
+    "const char* const text = \"text\"; int* pointer = data;"
+    "int function(int a) { return a + data[a] + zeros[a]; }"
+    "__thread int local = 4; __thread int localZeros;";
+
 // All four formats, with everything that a compiler puts into an object, and debug tables.
 TEST_F(ReportRealInput, SizesOfCompiledObjectsAreWhatReadelfLists) {
     if (!present(readelf) || !present(Witness("clang"))) {
         return;
     }
-    const char* const source =
-        "int data[3] = {1, 2, 3}; const int constants[5] = {4}; int zeros[7];"
-        "const char* const text = \"text\"; int* pointer = data;"
-        "int function(int a) { return a + data[a] + zeros[a]; }"
-        "__thread int local = 4; __thread int localZeros;";
     Words words = {"-rc", "--diag_suppress=6876", "lib.a"};
     for (const testsupport::GenericTarget& target : testsupport::genericTargets()) {
         for (const char* flags : {"-g", "-O2", "-fPIC"}) {
             // Short ones: readelf loses its way behind a name table of odd size.
             words.push_back("object" + std::to_string(words.size()) + ".o");
-            folder.write(words.back(), compileRetargeted(folder, target, source, {flags}));
+            folder.write(words.back(),
+                         compileRetargeted(folder, target, sourceOfAllKinds, {flags}));
         }
     }
     EXPECT_EQ(prints(words), "");
     size_t objects = 0;
     const std::string expected = expectedSizes(objects);
     EXPECT_EQ(objects, 12U);
+    EXPECT_TRUE(sameLines(prints({"--sizes", "lib.a"}), expected));
+}
+
+// Programs and shared libraries of all four formats. One linker serves all targets; which of them
+// it takes depends on its version.
+class ReportLinkedImages : public ReportRealInput {
+protected:
+    const Witness compiler{"clang"};
+    const Witness linker{"ld.lld"};
+
+    struct LinkTarget {
+        std::string name;
+        Words flags;
+    };
+    // One more of 64 bits and big-endian, since older linkers lack the first one of that kind.
+    static std::vector<LinkTarget> linkTargets() {
+        std::vector<LinkTarget> targets;
+        for (const testsupport::GenericTarget& target : testsupport::genericTargets()) {
+            targets.push_back({target.name, {}});
+        }
+        targets.push_back({"powerpc64-unknown-none-elf", {"-mabi=elfv2"}});
+        return targets;
+    }
+
+    void compile(const LinkTarget& target) const {
+        folder.write("source.c", sourceOfAllKinds);
+        Words arguments = {
+            "--target=" + target.name, "-g", "-fPIC", "-c", "source.c", "-o", "source.o"};
+        arguments.insert(arguments.begin(), target.flags.begin(), target.flags.end());
+        const CommandResult result = compiler.run(folder, arguments);
+        EXPECT_TRUE(result.exitedWith(0)) << result;
+    }
+    // The linked image, fit for the tool; empty, and told, if the linker does not take the target.
+    std::string linked(const LinkTarget& target, Words arguments) const {
+        arguments.insert(arguments.end(), {"source.o", "-o", "image"});
+        const CommandResult result = linker.run(folder, arguments);
+        if (!result.exitedWith(0)) {
+            std::cerr << "[  NOTE    ] " << linker.path() << " does not link for " << target.name
+                      << '\n';
+            return {};
+        }
+        std::string image = folder.read("image");
+        EXPECT_TRUE(testsupport::retargetElf(image));
+        return image;
+    }
+};
+
+TEST_F(ReportLinkedImages, SizesAreWhatReadelfLists) {
+    if (!present(readelf) || !present(compiler) || !present(linker)) {
+        return;
+    }
+    Words words = {"-rc", "--diag_suppress=6876", "lib.a"};
+    std::set<std::string> kinds;
+    for (const LinkTarget& target : linkTargets()) {
+        compile(target);
+        for (const Words& arguments : {Words{"-shared"}, Words{"-static", "-e", "0"}}) {
+            const std::string image = linked(target, arguments);
+            if (image.empty()) {
+                break;
+            }
+            words.push_back("image" + std::to_string(words.size()));
+            folder.write(words.back(), image);
+            kinds.insert(testsupport::describe(testsupport::formatOf(image)) + " of type " +
+                         std::to_string(headerField(image, testsupport::HeaderField::Type)));
+        }
+    }
+    EXPECT_EQ(kinds.size(), 8U) << testing::PrintToString(kinds);
+    EXPECT_EQ(prints(words), "");
+    size_t objects = 0;
+    const std::string expected = expectedSizes(objects);
+    EXPECT_EQ(objects, words.size() - 3);
     EXPECT_TRUE(sameLines(prints({"--sizes", "lib.a"}), expected));
 }
 

@@ -1,6 +1,8 @@
 // The report of the symbol table: names, members, places, decorations.
 #include "tests/command/command_case.h"
 
+#include <fcntl.h>
+
 #include "tests/support/elf_builder.h"
 
 namespace commandtest {
@@ -90,6 +92,31 @@ TEST_F(SymbolReport, OfATableBehindTheMembers) {
     EXPECT_TRUE(result.error.ends_with("Archive 'lib.a' does not have a symbol table\n")) << result;
 }
 
+// The offset is printed as a signed number. (Required: users' scripts know it so.) The file is
+// sparse, and takes no room on disk.
+TEST_F(SymbolReport, OfAMemberBehindTwoGibibytes) {
+    constexpr uint64_t largeSize = 2300000000;
+    constexpr uint32_t place = 2300000150;
+    const std::string head =
+        ArchiveBuilder()
+            .rawSymbolTable(testsupport::bigEndian32(2) + testsupport::bigEndian32(90) +
+                            testsupport::bigEndian32(place) + std::string("near\0far1\0", 10))
+            .add({.name = "large.o", .rawSize = std::to_string(largeSize)})
+            .bytes();
+    ASSERT_EQ(head.size() + largeSize, place);
+    const std::string member = ArchiveBuilder().add("small.o", "xx").bytes().substr(8);
+    folder.writeSparse("lib.a", place + member.size(), head);
+    const int file = ::open(folder.pathOf("lib.a").c_str(), O_WRONLY | O_CLOEXEC);
+    ASSERT_GE(file, 0);
+    EXPECT_EQ(::pwrite(file, member.data(), member.size(), off_t{place}),
+              static_cast<ssize_t>(member.size()));
+    EXPECT_EQ(::close(file), 0);
+    EXPECT_TRUE(ended(tomex({"--zs", "lib.a"}), 0,
+                      "near                 from large.o    at offset     90\n"
+                      "far1                 from small.o    at offset -1994967146\n",
+                      ""));
+}
+
 // --- Decorations: the attributes are read, and said again.
 
 TEST_F(SymbolReport, DecorationsThatAreWrittenSoHereToo) {
@@ -108,6 +135,32 @@ TEST_F(SymbolReport, DecorationsThatAreNot) {
     EXPECT_EQ(shown("f$$BuildAttributes$$REQ8$REQ8"), shown("f$$BuildAttributes$$REQ8"));
     EXPECT_NE(shown("f$$BuildAttributes$$REQ8"), shown("f$$BuildAttributes$"));
     EXPECT_TRUE(shown("f$$BuildAttributes$").starts_with("f$$BuildAttributes$"));
+}
+
+// Symbols of one decoration mostly stand together, and it is read once for all of them; so what
+// stands between must not take it over, nor what follows keep anything of it.
+TEST_F(SymbolReport, DecorationsInTurn) {
+    m_Library.add("a.o", "aa").add("b.o", "bb");
+    m_Library.symbol("f$$BuildAttributes$$QEL_ISAv7$IEEE1", 0)
+        .symbol("g$$BuildAttributes$$IEEE1$IEEEF$REQ8", 1)
+        .symbol("plain", 0)
+        .symbol("h$$BuildAttributes$$QEL_ISAv7$IEEE1", 1)
+        .symbol("k$$BuildAttributes$$IEEE1$IEEEF", 0)
+        .symbol("l$$BuildAttributes$$IEEE1$IEEEF", 1)
+        .symbol("m", 0)
+        .symbol("n$$BuildAttributes$$IEEE1$IEEEF", 0)
+        .symbol("o$$BuildAttributes$$IEEE1", 1);
+    ASSERT_EQ(m_Library.offsetOf(0), 348U);
+    ASSERT_EQ(m_Library.offsetOf(1), 410U);
+    prints("f$$BuildAttributes$$QEL_ISAv7$IEEE1 from a.o        at offset    348\n"
+           "g$$BuildAttributes$$IEEE1$IEEEF$REQ8 from b.o        at offset    410\n"
+           "plain                from a.o        at offset    348\n"
+           "h$$BuildAttributes$$QEL_ISAv7$IEEE1 from b.o        at offset    410\n"
+           "k$$BuildAttributes$$IEEE1$IEEEF from a.o        at offset    348\n"
+           "l$$BuildAttributes$$IEEE1$IEEEF from b.o        at offset    410\n"
+           "m                    from a.o        at offset    348\n"
+           "n$$BuildAttributes$$IEEE1$IEEEF from a.o        at offset    348\n"
+           "o$$BuildAttributes$$IEEE1 from b.o        at offset    410\n");
 }
 
 // One buffer serves all names, long behind short and short behind long.

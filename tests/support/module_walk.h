@@ -10,6 +10,7 @@
 #include <cstring>
 #include <vector>
 
+#include "elfext/interface/compressed_section_extractor.h"
 #include "elfext/interface/dynamic_records.h"
 #include "elfext/interface/object_module.h"
 #include "elfext/interface/raw_data_block.h"
@@ -35,6 +36,7 @@ public:
             see(record.m_Section->getIndex());
         }
         walkSizes();
+        walkCompressedSections();
         return m_Sum;
     }
 
@@ -159,8 +161,25 @@ private:
 
     void walkSizes() {
         const elfext::SizeStatistics sizes = elfext::computeSizeStatistics(m_Module);
-        see(sizes.m_Code + sizes.m_LiteralPools + sizes.m_RwDataUncompressed + sizes.m_RoData +
-            sizes.m_ZiData + sizes.m_DebugInfo + sizes.m_InternalPadding);
+        see(sizes.m_Code + sizes.m_LiteralPools + sizes.m_RwDataUncompressed +
+            sizes.m_RwDataCompressed + sizes.m_RoData + sizes.m_ZiData + sizes.m_DebugInfo +
+            sizes.m_InternalPadding);
+    }
+
+    // What sections would be in memory. One entry of a region table may claim any size for any
+    // number of sections; they are asked for while all of them come to no more than 1 MiB.
+    void walkCompressedSections() {
+        const elfext::CompressedSectionExtractor extractor(&m_Module);
+        uint64_t room = uint64_t{1} << 20;
+        for (elfext::Section* section : m_Module.getSections()) {
+            uint64_t size = 0;
+            if (extractor.findUncompressedSize(*section, size) && size <= room) {
+                room -= size;
+                std::vector<uint8_t> unpacked(size + 1); // never without memory
+                see(extractor.getContents(section, unpacked.data()) ? 1 : 0);
+                seeBytes(unpacked.data(), size);
+            }
+        }
     }
 
     elfext::ObjectModule& m_Module;
