@@ -112,6 +112,17 @@ def relocatable(wide, little):
     return elf.bytes()
 
 
+def marked(decoration):
+    """An object that defines two names and states in a marker symbol how it was built."""
+    elf = Elf(False, True, 1)
+    text = elf.add(b".text", 1, b"code", flags=6)
+    strings = elf.add(b".strtab", STRTAB, b"\0f\0g\0BuildAttributes$" + decoration + b"\0")
+    table = b"".join((elf.symbol(0, 0, 0), elf.symbol(5, 0x00, 0xFFF1),
+                      elf.symbol(1, 0x12, text, 0, 2), elf.symbol(3, 0x12, text, 2, 2)))
+    elf.add(b".symtab", SYMTAB, table, link=strings, info=2, entry=16)
+    return elf.bytes()
+
+
 def image(wide, little):
     elf = Elf(wide, little, 3)
     text = elf.add(b".text", 1, b"code", flags=2)

@@ -1,7 +1,8 @@
 // Feeds any bytes to the archive reader, and what it makes of them to the writer.
 //
 // Whatever the bytes are, reading ends with an answer. What a forgiving handler lets pass must
-// come out of the writer as an archive without a flaw, with the same members.
+// come out of the writer as an archive without a flaw, with the same members. The symbols of each
+// archive that is read are asked for, and which variant of the first one a linker takes.
 
 #include <cstdio>
 #include <cstdlib>
@@ -16,6 +17,8 @@
 #include "arlib/interface/archive.h"
 #include "arlib/interface/archive_file_reader.h"
 #include "arlib/interface/archive_file_writer.h"
+#include "arlib/interface/symbol.h"
+#include "arlib/interface/symbol_list.h"
 
 namespace {
 
@@ -85,6 +88,32 @@ void writeInput(const std::string& name, const uint8_t* data, size_t size) {
     }
 }
 
+// All symbols have names and members; a choice among the variants of one has its name, and is one
+// of its symbols, each at most once.
+void checkSymbols(arlib::Archive& archive) {
+    for (const arlib::Symbol* symbol : archive.getSymbols()) {
+        if (symbol->getName() == nullptr || symbol->getDefiningMember() == nullptr) {
+            fail("a symbol lacks its name or member", archive.getFileName());
+        }
+    }
+    if (archive.getSymbols().getSize() == 0) {
+        return;
+    }
+    const std::string name = archive.getSymbols()[0]->getName();
+    arlib::SymbolList all;
+    archive.findSymbols(name.c_str(), all);
+    arlib::SymbolList chosen;
+    const bool isFound = archive.selectSymbolVariants(name.c_str(), attributes::FullAttr(), chosen);
+    if (isFound != (chosen.getSize() != 0) || chosen.getSize() > all.getSize()) {
+        fail("answer and choice differ", name);
+    }
+    for (uint32_t i = 0; i < chosen.getSize(); ++i) {
+        if (chosen.get(i)->getName() != name) {
+            fail("a variant of another symbol", name);
+        }
+    }
+}
+
 void checkRoundTrip(arlib::Archive& archive) {
     const std::vector<SeenMember> before = membersOf(archive);
     const std::string name = folder() + "/out.a";
@@ -99,6 +128,7 @@ void checkRoundTrip(arlib::Archive& archive) {
     if (!arlib::ArchiveFileReader().readFile(name.c_str(), again)) {
         fail("own archive cannot be read", strict.last);
     }
+    checkSymbols(again);
     if (membersOf(again) != before) {
         fail("members changed", name);
     }
@@ -122,11 +152,15 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         if (isRead != (strict.reports == 0)) {
             fail("answer and reports differ", strict.last);
         }
+        if (isRead) {
+            checkSymbols(archive);
+        }
     }
     CountingHandler forgiving(true);
     arlib::Archive archive;
     archive.setErrorHandler(&forgiving);
     if (arlib::ArchiveFileReader().readFile(name.c_str(), archive)) {
+        checkSymbols(archive);
         checkRoundTrip(archive);
     }
     return 0;

@@ -46,9 +46,6 @@ inline constexpr uint32_t symbolTableWord = 4;
 // be smaller.
 inline constexpr uint64_t archiveSizeLimit = uint64_t{1} << 32;
 
-// What separates a symbol's name from the attributes of its variant, in the symbol table.
-inline constexpr char symbolDecoration[] = "$$BuildAttributes$";
-
 // The offset behind a member of this size whose header stands at offset.
 constexpr uint64_t nextMemberOffset(uint64_t offset, uint64_t size) {
     return offset + memberHeaderSize + size + (size & 1);

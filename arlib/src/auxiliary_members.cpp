@@ -7,14 +7,11 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <new>
-#include <string>
-#include <string_view>
 
 #include "arlib/interface/archive.h"
 #include "arlib/interface/archive_format.h"
 #include "arlib/interface/symbol.h"
-#include "arlib/interface/symbol_name_list.h"
+#include "arlib/src/hosting_members.h"
 #include "arlib/src/minor_variant_groups.h"
 #include "arlib/src/minor_variants.h"
 #include "arlib/src/symbol_output.h"
@@ -25,56 +22,31 @@
 namespace arlib {
 namespace {
 
-uint8_t* putBigEndian(uint8_t* destination, uint32_t value) {
-    for (int shift = 24; shift >= 0; shift -= 8) {
-        *destination++ = static_cast<uint8_t>(value >> shift);
-    }
-    return destination;
-}
-
-// Lists the members that go into the symbol table. A member whose symbols cannot be read is
-// reported and adds none; if the handler says to stop, those found so far are taken.
-void collectHostingMembers(Archive& archive, alloclib::Region* scratch,
-                           elfext::fast_array<HostingMember>& hosting) {
-    for (ArchiveMember* member : archive.getMembers()) {
-        if (member->isAuxiliary() || !member->getType()->isObjectModule()) {
-            continue;
-        }
-        const auto* type = static_cast<const ObjectModuleArchiveMemberType*>(member->getType());
-        auto* names = new (scratch->Alloc(sizeof(SymbolNameList), alignof(SymbolNameList),
-                                          "arlib::SymbolNameList")) SymbolNameList(scratch);
-        std::string failure;
-        if (!type->getSymbols(*member, *names, failure)) {
-            ErrorHandler* handler = archive.getErrorHandler();
-            if (handler == nullptr ||
-                !handler->memberSymbolsUnreadable(&archive, member, failure.c_str())) {
-                return;
-            }
-        } else if (names->getSize() != 0) {
-            hosting.add({member, names, symbolFingerprint(*names)});
+// Lists those names of a member that no member listed before has.
+void emitNewSymbols(SymbolNames names, const ArchiveMember* member,
+                    elfext::fast_hash_set<elfext::Stringlett>& entered, SymbolOutput& output) {
+    for (size_t i = 0; i < names.size(); ++i) {
+        const elfext::Stringlett key(names[i].data());
+        if (!entered.contains(key)) {
+            entered.add(key);
+            output.add(names.subspan(i, 1), member);
         }
     }
 }
 
 // Lists the symbols of members that are in no group of variants.
-void emitSymbols(const elfext::fast_array<HostingMember>& hosting, const MinorVariantGroups& groups,
+void emitSymbols(const HostingMembers& hosting, const MinorVariantGroups& groups,
                  bool uniqueSymbols, SymbolOutput& output) {
     elfext::fast_hash_set<elfext::Stringlett> entered(output.region());
     for (uint32_t i = 0; i < hosting.getSize(); ++i) {
-        const HostingMember& host = hosting[i];
         if (groups.isGrouped(i)) {
             continue;
         }
-        for (uint32_t k = 0; k < host.names->getSize(); ++k) {
-            const std::string_view name = host.names->get(k);
-            if (uniqueSymbols) {
-                const elfext::Stringlett key(name.data());
-                if (entered.contains(key)) {
-                    continue;
-                }
-                entered.add(key);
-            }
-            output.add(name, host.member);
+        const ArchiveMember* member = hosting.get(i).member;
+        if (uniqueSymbols) {
+            emitNewSymbols(hosting.namesOf(i), member, entered, output);
+        } else {
+            output.add(hosting.namesOf(i), member);
         }
     }
 }
@@ -248,8 +220,8 @@ bool Archive::updateSymbolTable(alloclib::Region* scratch) {
         removeSymbolTable();
         return true;
     }
-    elfext::fast_array<HostingMember> hosting(scratch);
-    collectHostingMembers(*this, scratch, hosting);
+    HostingMembers hosting(scratch);
+    hosting.collect(*this);
     MinorVariantGroups groups(scratch);
     groups.collect(*this, hosting);
     m_ReadBuffer.release();
@@ -274,14 +246,7 @@ bool Archive::updateSymbolTable(alloclib::Region* scratch) {
     m_FileNameTableUpToDate = true;
     layOutMembers();
 
-    uint8_t* destination = putBigEndian(table->m_Contents->bytes(), output.names.getSize());
-    for (const ArchiveMember* member : output.members) {
-        destination = putBigEndian(destination, member->m_Offset);
-    }
-    for (const std::string_view name : output.names) {
-        std::memcpy(destination, name.data(), name.size() + 1);
-        destination += name.size() + 1;
-    }
+    output.write(table->m_Contents->bytes());
     m_SymbolTableUpToDate = true;
     return true;
 }

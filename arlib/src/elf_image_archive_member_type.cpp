@@ -33,11 +33,11 @@ bool isDefinedForOthers(const elfext::Symbol& symbol, bool debugSymbols) {
 
 void listSymbols(const elfext::ObjectModule& module, bool debugSymbols, SymbolNameList& names) {
     names.clear();
-    names.startMarkers();
+    names.getMarkers().start();
     for (const elfext::Symbol* symbol : module.getSymbols()) {
         const char* name = symbol->getName();
         if (const char* decoration = MarkerAttributes::decorationOf(name); decoration != nullptr) {
-            names.addMarker(decoration);
+            names.getMarkers().add(decoration);
         }
         if (name != nullptr && *name != '\0' && isDefinedForOthers(*symbol, debugSymbols)) {
             names.add(name);

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <bit>
-#include <cstring>
 #include <iterator>
 #include <numeric>
 #include <string_view>
@@ -13,12 +12,11 @@
 #include "arlib/src/marker_attributes.h"
 #include "attributes/interface/decoration.h"
 #include "platform/interface/internal_check.h"
+#include "platform/interface/text_hash.h"
 
 namespace arlib {
 namespace {
 
-using Hosts = elfext::fast_array<HostingMember>;
-using SortedNames = std::vector<std::string_view>;
 using MemberIndexes = std::vector<uint32_t>; // of hosting members, ascending
 
 // A hosting member in the order of fingerprints.
@@ -32,51 +30,16 @@ struct Candidate {
     }
 };
 
-uint64_t mixed(uint64_t hash, uint64_t word) {
-    hash = (hash ^ word) * 0x9E3779B97F4A7C15;
-    return hash ^ (hash >> 32);
-}
-
-uint64_t hashOf(std::string_view name) {
-    constexpr size_t wordSize = sizeof(uint64_t);
-    uint64_t hash = mixed(0, name.size());
-    const char* next = name.data();
-    size_t left = name.size();
-    for (; left >= wordSize; left -= wordSize, next += wordSize) {
-        uint64_t word = 0;
-        std::memcpy(&word, next, wordSize);
-        hash = mixed(hash, word);
-    }
-    uint64_t rest = 0;
-    for (size_t i = 0; i < left; ++i) {
-        rest = rest << 8 | static_cast<unsigned char>(next[i]);
-    }
-    return mixed(mixed(hash, rest), wordSize);
-}
-
-SortedNames sortedNames(const SymbolNameList& list) {
-    SortedNames names;
-    names.reserve(list.getSize());
-    for (uint32_t i = 0; i < list.getSize(); ++i) {
-        names.push_back(list.get(i));
-    }
-    std::sort(names.begin(), names.end());
-    return names;
-}
-
-bool isSameSequence(const SymbolNameList& first, const SymbolNameList& second) {
-    for (uint32_t i = 0; i < first.getSize(); ++i) {
-        if (first.get(i) != second.get(i)) {
-            return false;
-        }
-    }
-    return true;
+std::vector<std::string_view> sortedNames(SymbolNames names) {
+    std::vector<std::string_view> sorted(names.begin(), names.end());
+    std::sort(sorted.begin(), sorted.end());
+    return sorted;
 }
 
 // Finds the groups among the hosting members of one archive.
 class GroupSearch {
 public:
-    explicit GroupSearch(const Hosts& hosting) : m_Hosting(hosting) {}
+    explicit GroupSearch(const HostingMembers& hosting) : m_Hosting(hosting) {}
 
     // The groups, in the order of their first members.
     const std::vector<MemberIndexes>& run();
@@ -87,7 +50,7 @@ private:
     void divide(MemberIndexes run);
     void divideByNames(const MemberIndexes& run);
 
-    const Hosts& m_Hosting;
+    const HostingMembers& m_Hosting;
     std::vector<Candidate> m_Candidates; // bucket by bucket
     std::vector<uint32_t> m_BucketEnds;
     std::vector<MemberIndexes> m_Groups;
@@ -115,14 +78,14 @@ void GroupSearch::sortIntoBuckets() {
     const auto bits = static_cast<uint32_t>(std::bit_width(count));
     const auto bucketOf = [bits](uint64_t fingerprint) { return fingerprint >> (64 - bits); };
     m_BucketEnds.assign(size_t{1} << bits, 0);
-    for (const HostingMember& host : m_Hosting) {
-        ++m_BucketEnds[bucketOf(host.fingerprint)];
+    for (uint32_t i = 0; i < count; ++i) {
+        ++m_BucketEnds[bucketOf(m_Hosting.get(i).fingerprint)];
     }
     std::partial_sum(m_BucketEnds.begin(), m_BucketEnds.end(), m_BucketEnds.begin());
     m_Candidates.resize(count);
     std::vector<uint32_t> places(m_BucketEnds);
     for (uint32_t i = count; i-- > 0;) {
-        const uint64_t fingerprint = m_Hosting[i].fingerprint;
+        const uint64_t fingerprint = m_Hosting.get(i).fingerprint;
         m_Candidates[--places[bucketOf(fingerprint)]] = {fingerprint, i};
     }
 }
@@ -145,9 +108,9 @@ void GroupSearch::searchBucket(std::span<Candidate> bucket) {
 
 // Takes members with one fingerprint for a group if their names say the same.
 void GroupSearch::divide(MemberIndexes run) {
-    const SymbolNameList& first = *m_Hosting[run[0]].names;
+    SymbolComparison first(m_Hosting.namesOf(run[0]));
     const bool isGroup = std::all_of(run.begin() + 1, run.end(), [&](uint32_t index) {
-        return symbolCompatible(first, *m_Hosting[index].names);
+        return first.symbolCompatible(m_Hosting.namesOf(index));
     });
     if (isGroup) {
         m_Groups.push_back(std::move(run));
@@ -159,10 +122,10 @@ void GroupSearch::divide(MemberIndexes run) {
 // Different lists with one fingerprint: somebody has set out to find such. Sorting puts equal ones
 // together however many there are.
 void GroupSearch::divideByNames(const MemberIndexes& run) {
-    std::vector<std::pair<SortedNames, uint32_t>> lists;
+    std::vector<std::pair<std::vector<std::string_view>, uint32_t>> lists;
     lists.reserve(run.size());
     for (const uint32_t index : run) {
-        lists.emplace_back(sortedNames(*m_Hosting[index].names), index);
+        lists.emplace_back(sortedNames(m_Hosting.namesOf(index)), index);
     }
     std::sort(lists.begin(), lists.end());
     for (auto start = lists.begin(); start != lists.end();) {
@@ -186,10 +149,9 @@ attributes::FullAttr attributesOf(const Archive& archive, const HostingMember& h
     const bool fromSection = archive.getBuildAttributesFromSection();
     attributes::FullAttr result;
     bool isFound = false;
-    if (!fromSection && host.names->knowsMarkers()) {
+    if (!fromSection && host.knowsMarkers) {
         MarkerAttributes markers(result);
-        for (const auto* marker = host.names->getMarkers(); marker != nullptr;
-             marker = marker->next) {
+        for (const auto* marker = host.markers; marker != nullptr; marker = marker->next) {
             markers.add(marker->decoration);
         }
         isFound = markers.isFound();
@@ -206,31 +168,43 @@ attributes::FullAttr attributesOf(const Archive& archive, const HostingMember& h
 
 } // namespace
 
-uint64_t symbolFingerprint(const SymbolNameList& names) {
-    uint64_t sum = names.getSize();
-    for (uint32_t i = 0; i < names.getSize(); ++i) {
-        sum += hashOf(names.get(i));
+uint64_t symbolFingerprint(SymbolNames names) {
+    uint64_t sum = names.size();
+    for (const std::string_view name : names) {
+        sum += platform::mixBytes(0, name.data(), name.size());
     }
     return sum;
 }
 
-bool symbolCompatible(const SymbolNameList& first, const SymbolNameList& second) {
-    if (first.getSize() != second.getSize()) {
+bool SymbolComparison::symbolCompatible(SymbolNames second) {
+    if (m_First.size() != second.size()) {
         return false;
     }
     // Builds of one source mostly list their names in one order.
-    return isSameSequence(first, second) || sortedNames(first) == sortedNames(second);
+    if (std::equal(m_First.begin(), m_First.end(), second.begin())) {
+        return true;
+    }
+    if (m_Sorted.empty()) {
+        m_Sorted = sortedNames(m_First);
+    }
+    return m_Sorted == sortedNames(second);
 }
 
-void MinorVariantGroups::collect(const Archive& archive, const Hosts& hosting) {
+void MinorVariantGroups::collect(const Archive& archive, const HostingMembers& hosting) {
     m_IsGrouped.setSize(hosting.getSize());
     GroupSearch search(hosting);
-    for (const MemberIndexes& group : search.run()) {
+    const std::vector<MemberIndexes>& groups = search.run();
+    // Large blocks that are grown out of cost memory twice.
+    m_Variants.reserve(std::accumulate(groups.begin(), groups.end(), uint32_t{0},
+                                       [](uint32_t count, const MemberIndexes& group) {
+                                           return count + static_cast<uint32_t>(group.size());
+                                       }));
+    for (const MemberIndexes& group : groups) {
         m_Starts.add(m_Variants.getSize());
         for (const uint32_t index : group) {
-            const HostingMember& host = hosting[index];
+            const HostingMember& host = hosting.get(index);
             m_IsGrouped[index] = true;
-            m_Variants.add({host.member, host.names, attributesOf(archive, host)});
+            m_Variants.add({host.member, hosting.namesOf(index), attributesOf(archive, host)});
         }
     }
 }

@@ -9,8 +9,10 @@
 
 #include <cstdint>
 #include <span>
+#include <string_view>
+#include <vector>
 
-#include "arlib/src/symbol_output.h"
+#include "arlib/src/hosting_members.h"
 #include "attributes/interface/full_attr.h"
 #include "elfext/interface/fast_array.h"
 
@@ -19,16 +21,27 @@ namespace arlib {
 class Archive;
 
 // A number that is the same for lists that hold the same names in any order, and hardly ever for
-// others.
-uint64_t symbolFingerprint(const SymbolNameList& names);
+// others. Each run has its own.
+uint64_t symbolFingerprint(SymbolNames names);
 
-// True if both lists hold the same names, each as often.
-bool symbolCompatible(const SymbolNameList& first, const SymbolNameList& second);
+// Compares the names of one member with those of others, and sorts its own at most once.
+class SymbolComparison {
+public:
+    // The names must outlive this.
+    explicit SymbolComparison(SymbolNames first) : m_First(first) {}
+
+    // True if both hold the same names, each as often.
+    bool symbolCompatible(SymbolNames second);
+
+private:
+    SymbolNames m_First;
+    std::vector<std::string_view> m_Sorted; // empty until it is needed
+};
 
 // A member of a group.
 struct MinorVariant {
     ArchiveMember* member = nullptr;
-    const SymbolNameList* names = nullptr;
+    SymbolNames names;
     attributes::FullAttr attributes; // as the member states them
 };
 
@@ -38,8 +51,8 @@ public:
         : m_Variants(scratch), m_Starts(scratch), m_IsGrouped(scratch) {}
 
     // Finds the groups of an archive's hosting members, which stand in list order with their
-    // fingerprints, and how the members in groups were built. The names must outlive this.
-    void collect(const Archive& archive, const elfext::fast_array<HostingMember>& hosting);
+    // fingerprints, and how the members in groups were built. Their names must outlive this.
+    void collect(const Archive& archive, const HostingMembers& hosting);
 
     // The groups, in the order of their first members; a group's members are in list order.
     uint32_t getCount() const { return m_Starts.getSize(); }

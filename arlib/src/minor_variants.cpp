@@ -6,7 +6,6 @@
 #include "arlib/interface/archive.h"
 #include "attributes/interface/attribute_algebra.h"
 #include "attributes/interface/decoration.h"
-#include "attributes/interface/isa_operations.h"
 #include "elfext/interface/fast_hash_table.h"
 #include "elfext/interface/stringlett.h"
 
@@ -15,12 +14,6 @@ namespace {
 
 using attributes::FullAttr;
 using Members = elfext::fast_array<ArchiveMember*>;
-
-// What variants are told apart by. Requirements and the object format are not among it.
-bool sameVariant(const FullAttr& a, const FullAttr& b) {
-    return (a.isa & attributes::significantIsa) == (b.isa & attributes::significantIsa) &&
-           a.options == b.options && std::equal(a.access, std::end(a.access), b.access);
-}
 
 MemberGroup groupOf(const Members& members) {
     return {members.begin(), members.end()};
@@ -44,7 +37,6 @@ private:
     bool isExpressible(const char* decoration, const FullAttr& own) const;
     const char* suffixOf(const FullAttr& difference);
     void noteSuffix(const char* suffix, ArchiveMember* member);
-    const char* decoratedName(std::string_view name, std::string_view suffix) const;
 
     Archive& m_Archive;
     ErrorHandler* m_Handler;
@@ -103,12 +95,10 @@ bool GroupPass::emitVariant(const MinorVariant& variant) {
     if (!mergeLibrary(variant, own)) {
         return false;
     }
-    if (!sameVariant(own, m_Common)) {
+    if (!attributes::sameVariant(own, m_Common)) {
         return emitDecorated(variant, own);
     }
-    for (uint32_t i = 0; i < variant.names->getSize(); ++i) {
-        m_Output.add(variant.names->get(i), variant.member);
-    }
+    m_Output.add(variant.names, variant.member);
     m_Bases.add(variant.member);
     return true;
 }
@@ -134,12 +124,7 @@ bool GroupPass::emitDecorated(const MinorVariant& variant, const FullAttr& own) 
             return false;
         }
     }
-    const std::string_view suffixText(suffix);
-    for (uint32_t i = 0; i < variant.names->getSize(); ++i) {
-        const std::string_view name = variant.names->get(i);
-        const char* decorated = decoratedName(name, suffixText);
-        m_Output.add({decorated, name.size() + suffixText.size()}, variant.member);
-    }
+    m_Output.add(variant.names, variant.member, suffix);
     return true;
 }
 
@@ -149,7 +134,7 @@ bool GroupPass::isExpressible(const char* decoration, const FullAttr& own) const
     FullAttr again;
     attributes::parseDecoration(again, decoration);
     attributes::combine(again, again, m_Common);
-    return sameVariant(again, own);
+    return attributes::sameVariant(again, own);
 }
 
 const char* GroupPass::suffixOf(const FullAttr& difference) {
@@ -171,14 +156,6 @@ void GroupPass::noteSuffix(const char* suffix, ArchiveMember* member) {
         m_Suffixes.set(key, members);
     }
     members->add(member);
-}
-
-const char* GroupPass::decoratedName(std::string_view name, std::string_view suffix) const {
-    const uint64_t size = uint64_t{name.size()} + suffix.size() + 1;
-    auto* text = static_cast<char*>(alloclib::allocate(*m_Region, size, 1));
-    std::memcpy(text, name.data(), name.size());
-    std::memcpy(text + name.size(), suffix.data(), suffix.size() + 1);
-    return text;
 }
 
 bool GroupPass::checkBases() {

@@ -1,12 +1,12 @@
-// What goes into a new symbol table: the members that define symbols, and the table's entries.
+// Symbols on their way into a new symbol table.
 //
-// All of it lives in the region of the table's making and is dropped with it.
+// Entries of one member stand together and have the same suffix, or none; so they are kept as runs
+// of names. Names and suffixes are joined nowhere but in the table.
 #pragma once
 
 #include <cstdint>
 #include <string_view>
 
-#include "arlib/interface/archive_format.h"
 #include "arlib/interface/symbol_name_list.h"
 #include "elfext/interface/fast_array.h"
 
@@ -14,38 +14,34 @@ namespace arlib {
 
 class ArchiveMember;
 
-// An object module that defines symbols, with their names.
-struct HostingMember {
-    ArchiveMember* member = nullptr;
-    const SymbolNameList* names = nullptr;
-    uint64_t fingerprint = 0; // of the names, whatever their order
-};
-
-// Symbols on their way into the table: names and, beside them, the members that define them.
 class SymbolOutput {
 public:
-    explicit SymbolOutput(alloclib::Region* scratch) : names(scratch), members(scratch) {}
+    explicit SymbolOutput(alloclib::Region* scratch) : m_Runs(scratch) {}
 
     // Where entries and what they refer to live.
-    alloclib::Region* region() const { return names.getRegion(); }
+    alloclib::Region* region() const { return m_Runs.getRegion(); }
 
-    // A NUL stands behind the name, which must live as long as the region.
-    void add(std::string_view name, ArchiveMember* member) {
-        names.add(name);
-        members.add(member);
-    }
+    // Appends an entry for each of the names, with the suffix behind it. Both texts and the array
+    // of the names must live as long as this.
+    void add(SymbolNames names, const ArchiveMember* member, std::string_view suffix = {});
 
     // Bytes that the table takes.
-    uint64_t tableSize() const {
-        uint64_t size = symbolTableWord;
-        for (const std::string_view name : names) {
-            size += symbolTableWord + name.size() + 1;
-        }
-        return size;
-    }
+    uint64_t tableSize() const;
 
-    elfext::fast_array<std::string_view> names;
-    elfext::fast_array<ArchiveMember*> members;
+    // Writes the table: the count, the offsets of members in the file, which must be known by
+    // now, and the names. The destination has room for tableSize() bytes.
+    void write(uint8_t* destination) const;
+
+private:
+    struct Run {
+        SymbolNames names;
+        std::string_view suffix;
+        const ArchiveMember* member = nullptr;
+    };
+
+    elfext::fast_array<Run> m_Runs;
+    uint64_t m_Count = 0;
+    uint64_t m_TextBytes = 0; // of all names, with suffixes and NULs
 };
 
 } // namespace arlib

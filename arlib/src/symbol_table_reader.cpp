@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <iterator>
 #include <new>
 #include <utility>
 
@@ -56,6 +55,23 @@ private:
 
     const uint8_t* m_Bytes;
     uint32_t m_Size;
+};
+
+// Reads decorations. All names of a variant have the same one and stand together, so that mostly
+// it is the one that was read last.
+class DecorationReader {
+public:
+    const attributes::FullAttr* read(const char* text) {
+        if (m_Text == nullptr || std::strcmp(text, m_Text) != 0) {
+            attributes::parseDecoration(m_Value, text);
+            m_Text = text;
+        }
+        return &m_Value;
+    }
+
+private:
+    const char* m_Text = nullptr;
+    attributes::FullAttr m_Value;
 };
 
 } // namespace
@@ -158,27 +174,6 @@ bool Archive::checkSymbols(const uint8_t* bytes, uint32_t size) {
     return acceptTrailingZeros(bytes, size, position);
 }
 
-namespace {
-
-// Reads decorations. All names of a variant have the same one and stand together, so that mostly
-// it is the one that was read last.
-class DecorationReader {
-public:
-    const attributes::FullAttr* read(const char* text) {
-        if (m_Text == nullptr || std::strcmp(text, m_Text) != 0) {
-            attributes::parseDecoration(m_Value, text);
-            m_Text = text;
-        }
-        return &m_Value;
-    }
-
-private:
-    const char* m_Text = nullptr;
-    attributes::FullAttr m_Value;
-};
-
-} // namespace
-
 // Makes the Symbol objects of the table that was read. The names are copied as one block; each
 // symbol points into it.
 void Archive::loadSymbols() {
@@ -198,12 +193,12 @@ void Archive::loadSymbols() {
     for (ArchiveMember* member : m_SymbolMembers) {
         char* next = name + std::strlen(name) + 1;
         if (member != nullptr) {
-            const attributes::FullAttr* attributes = nullptr;
-            if (char* decoration = std::strstr(name, symbolDecoration); decoration != nullptr) {
-                *decoration = '\0';
-                attributes = reader.read(decoration + std::size(symbolDecoration) - 1);
+            const attributes::FullAttr* decoration = nullptr;
+            if (char* marker = std::strstr(name, attributes::SymbolMarkerText); marker != nullptr) {
+                *marker = '\0';
+                decoration = reader.read(marker + attributes::SymbolMarkerLength);
             }
-            addSymbol(name, attributes, member);
+            addSymbol(name, decoration, member);
         }
         name = next;
     }

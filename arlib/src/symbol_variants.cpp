@@ -30,10 +30,6 @@ bool isWithin(const FullAttr& a, const FullAttr& b) {
     return compareVariants(a, CompareMode_Subset | CompareMode_Equal, b) != 0;
 }
 
-bool isSame(const FullAttr& a, const FullAttr& b) {
-    return (compareVariants(a, CompareMode_Equal, b) & CompareMode_Equal) != 0;
-}
-
 bool isBeyond(const FullAttr& a, const FullAttr& b) {
     const uint32_t sense = compareVariants(a, CompareMode_Superset | CompareMode_Equal, b);
     return sense != 0 && (sense & CompareMode_Equal) == 0;
@@ -123,7 +119,8 @@ bool Choice::take(SymbolList& result, Condition condition) const {
 }
 
 bool Choice::takeEqual(const FullAttr& best, SymbolList& result) const {
-    return take(result, [&best](const Row& row) { return isSame(row.attributes, best); });
+    return take(result,
+                [&best](const Row& row) { return attributes::sameVariant(row.attributes, best); });
 }
 
 bool Choice::takePlain(SymbolList& result) const {

@@ -76,6 +76,10 @@ uint32_t compareIsa(const FullAttr& a, uint32_t mode, const FullAttr& b);
 uint32_t compareAccess(const FullAttr& a, uint32_t mode, const FullAttr& b);
 uint32_t compareOptions(const FullAttr& a, uint32_t mode, const FullAttr& b);
 
+// Whether two sets are the same in all that variants are told apart by: significant features,
+// options and access. Requirements and the object format are not among it.
+bool sameVariant(const FullAttr& a, const FullAttr& b);
+
 // Adds what an object without a word on doubles has: doubles in the byte order of the machine.
 void addDoublesDefault(FullAttr& value);
 

@@ -19,6 +19,7 @@
 #include "alloclib/interface/region.h"
 #include "attributes/interface/full_attr.h"
 #include "elfext/interface/fast_array.h"
+#include "platform/interface/internal_check.h"
 
 namespace attributes {
 

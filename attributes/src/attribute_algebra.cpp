@@ -1,6 +1,7 @@
 #include "attributes/interface/attribute_algebra.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "attributes/interface/decoration.h"
 #include "attributes/interface/feature_words.h"
@@ -164,6 +165,11 @@ uint32_t compareAccess(const FullAttr& a, uint32_t mode, const FullAttr& b) {
 
 uint32_t compareOptions(const FullAttr& a, uint32_t mode, const FullAttr& b) {
     return compareValues(a.options, mode, b.options, wordIsBeyond);
+}
+
+bool sameVariant(const FullAttr& a, const FullAttr& b) {
+    return (a.isa & significantIsa) == (b.isa & significantIsa) && a.options == b.options &&
+           std::equal(a.access, std::end(a.access), b.access);
 }
 
 void addDoublesDefault(FullAttr& value) {

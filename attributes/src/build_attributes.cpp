@@ -4,12 +4,15 @@
 
 #include "attributes/interface/feature_words.h"
 #include "attributes/interface/option_strings.h"
-#include "attributes/src/text_hash.h"
 #include "platform/interface/internal_check.h"
+#include "platform/interface/text_hash.h"
 
 namespace attributes {
 
 namespace {
+
+using platform::mixHash;
+using platform::mixText;
 
 constexpr uint32_t QelFlag = 2; // what objects of this tool chain state as compatible with "QEL"
 constexpr const char* PublicVersion = "2.09";

@@ -4,12 +4,17 @@
 #include <memory>
 #include <new>
 
-#include "attributes/src/text_hash.h"
 #include "elfext/interface/fast_hash_set.h"
+#include "platform/interface/text_hash.h"
 
 namespace attributes {
 
 namespace {
+
+using platform::foldHash;
+using platform::mixBytes;
+using platform::mixHash;
+using platform::mixText;
 
 // Bytes with their hash; the bytes belong to somebody else.
 struct BytesKey {

@@ -3,11 +3,15 @@
 #include <cstring>
 #include <unordered_set>
 
-#include "attributes/src/text_hash.h"
+#include "platform/interface/text_hash.h"
 
 namespace attributes {
 
 namespace {
+
+using platform::foldHash;
+using platform::mixHash;
+using platform::mixText;
 
 uint32_t hashOfEntry(const CompatibilityTag* entry) {
     return foldHash(mixText(mixHash(0, entry->flag), entry->vendorName));

@@ -2,23 +2,13 @@
 #include "elfext/interface/symbol.h"
 
 #include "attributes/interface/build_attributes.h"
+#include "attributes/interface/decoration.h"
 #include "elfext/interface/object_module.h"
 #include "elfext/interface/version_records.h"
 
 #include <cstring>
 
 namespace elfext {
-
-namespace {
-
-constexpr char buildAttributesPrefix[] = "BuildAttributes$";
-constexpr char buildAttributesInfix[] = "$$BuildAttributes$";
-
-bool beginsWith(const char* text, const char* prefix) {
-    return std::strncmp(text, prefix, std::strlen(prefix)) == 0;
-}
-
-} // namespace
 
 SymbolKind getSymbolKind(const char* name) {
     if (name == nullptr || name[0] != '$' || name[1] == '\0') {
@@ -133,9 +123,9 @@ bool Symbol::isBuildAttributesSymbol() const {
     if (m_Name == nullptr || (m_Category != Category_Hosted && m_Category != Category_Absolute)) {
         return false;
     }
-    return beginsWith(m_Name, buildAttributesPrefix) ||
+    return std::strncmp(m_Name, attributes::MarkerText, attributes::MarkerLength) == 0 ||
            (m_Category == Category_Absolute &&
-            std::strstr(m_Name, buildAttributesInfix) != nullptr);
+            std::strstr(m_Name, attributes::SymbolMarkerText) != nullptr);
 }
 
 // --- Category

@@ -17,14 +17,19 @@ namespace {
 
 class PrintingHandler final : public arlib::ErrorHandler {
 public:
+    explicit PrintingHandler(const char* library) : m_Library(library) {}
+
     bool report(arlib::Archive*, arlib::ErrorKind kind, const char* text) override {
-        std::fprintf(stderr, "%s\n", text);
+        std::fprintf(stderr, "%s: %s\n", m_Library, text);
         return kind != arlib::ErrorKind_Fatal;
     }
+
+private:
+    const char* m_Library;
 };
 
 bool printChoice(const char* library, const char* symbol, const char* decoration) {
-    PrintingHandler handler;
+    PrintingHandler handler(library);
     arlib::Archive archive;
     archive.setErrorHandler(&handler);
     if (!arlib::ArchiveFileReader().readFile(library, archive)) {

@@ -31,20 +31,24 @@ protected:
         return result;
     }
     bool compatible(const Names& first, const Names& second) {
-        return arlib::symbolCompatible(*list(first), *list(second));
+        return arlib::SymbolComparison(list(first)->getNames())
+            .symbolCompatible(list(second)->getNames());
     }
-    uint64_t fingerprint(const Names& names) { return arlib::symbolFingerprint(*list(names)); }
+    uint64_t fingerprint(const Names& names) {
+        return arlib::symbolFingerprint(list(names)->getNames());
+    }
 
     // The groups among lists of names, as "0 2|1 3"; with real fingerprints, or all the same.
     std::string groups(const std::vector<Names>& lists, bool areFingerprintsBlind = false) {
         arlib::Archive archive;
-        elfext::fast_array<arlib::HostingMember> hosting(region->get());
+        arlib::HostingMembers hosting(region->get());
         std::map<const arlib::ArchiveMember*, size_t> indexes;
         for (const Names& names : lists) {
             arlib::ArchiveMember* member = addModule(archive, "m", names);
             indexes[member] = hosting.getSize();
             arlib::SymbolNameList* own = list(names);
-            hosting.add({member, own, areFingerprintsBlind ? 0 : arlib::symbolFingerprint(*own)});
+            hosting.add(member, *own,
+                        areFingerprintsBlind ? 0 : arlib::symbolFingerprint(own->getNames()));
         }
         arlib::MinorVariantGroups found(region->get());
         found.collect(archive, hosting);
@@ -56,7 +60,7 @@ protected:
                 const size_t index = indexes.at(variant.member);
                 text += (text.empty() || text.back() == '|' ? "" : " ") + std::to_string(index);
                 isGrouped[index] = true;
-                EXPECT_EQ(variant.names, hosting[static_cast<uint32_t>(index)].names);
+                EXPECT_EQ(Names(variant.names.begin(), variant.names.end()), lists[index]);
             }
         }
         for (uint32_t i = 0; i < lists.size(); ++i) {

@@ -245,15 +245,8 @@ Outcome modelled(const std::vector<std::optional<std::string>>& texts,
     } else if (bases.size() > 1) {
         outcome.reports.push_back("32:" + listed(bases));
     }
-    const auto place = [](const std::string& text) {
-        uint32_t hash = 0;
-        for (const char c : text) {
-            hash = hash * 31 + static_cast<unsigned char>(c);
-        }
-        return hash % 17;
-    };
-    std::stable_sort(suffixes.begin(), suffixes.end(), [&place](const auto& a, const auto& b) {
-        return place(a.first) < place(b.first);
+    std::stable_sort(suffixes.begin(), suffixes.end(), [](const auto& a, const auto& b) {
+        return placeOf(a.first, 17) < placeOf(b.first, 17);
     });
     for (const auto& [suffix, members] : suffixes) {
         if (members.size() > 1) {

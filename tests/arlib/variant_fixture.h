@@ -61,6 +61,15 @@ private:
     }
 };
 
+// Where a text stands in a table of so many places, by the hash that all names have.
+inline uint32_t placeOf(const std::string& text, uint32_t places) {
+    uint32_t hash = 0;
+    for (const char c : text) {
+        hash = hash * 31 + static_cast<unsigned char>(c);
+    }
+    return hash % places;
+}
+
 // Keeps "slot: members" of the reports about variants, and answers what it is set to.
 class VariantHandler final : public arlib::ErrorHandler {
 public:

@@ -477,6 +477,28 @@ TEST(AlgebraLaws, ComparisonTurnsAround) {
     }
 }
 
+TEST(SameVariant, LooksAtFeaturesOptionsAndAccessAlone) {
+    const FullAttr none;
+    EXPECT_TRUE(sameVariant(none, none));
+    for (uint32_t bit = 0; bit < 64; ++bit) {
+        const uint64_t value = uint64_t{1} << bit;
+        EXPECT_FALSE(sameVariant(none, withIsa({value, 0}))) << bit;
+        EXPECT_EQ(sameVariant(withIsa({0, value}), none), (value & 0x103FF) == 0) << bit;
+        EXPECT_FALSE(sameVariant(none, withOptions(value))) << bit;
+    }
+    for (uint32_t word = 0; word < 4; ++word) {
+        for (uint32_t bit = 0; bit < 16; ++bit) {
+            EXPECT_FALSE(sameVariant(withAccess(word, 1U << bit), none)) << word << " " << bit;
+        }
+    }
+    FullAttr others;
+    others.targetClass = 1;
+    others.targetKind = 2;
+    others.requirements = 3;
+    others.abiVersion = 2;
+    EXPECT_TRUE(sameVariant(none, others));
+}
+
 TEST(AlgebraLaws, ResultsMayBeOperands) {
     RandomSource random(19);
     for (int i = 0; i < 5000; ++i) {

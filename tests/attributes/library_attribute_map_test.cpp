@@ -1,34 +1,18 @@
 // The library attribute map: its rows and where they come from, patterns, and what a name gives.
 #include "attributes/interface/library_attribute_map.h"
 
-#include <cerrno>
-#include <cstdio>
-#include <filesystem>
-#include <fstream>
 #include <string>
 #include <vector>
 
 #include "tests/attributes/decoration_text.h"
 #include "tests/attributes/record_fixtures.h"
+#include "tests/support/scratch_folder.h"
 
 namespace attributes::test {
 namespace {
 
 class LibraryMap : public RecordTest {
 protected:
-    void SetUp() override {
-        RecordTest::SetUp();
-        folder =
-            std::filesystem::temp_directory_path() /
-            ("library_map_" + std::to_string(::testing::UnitTest::GetInstance()->random_seed()) +
-             "_" + std::to_string(reinterpret_cast<uintptr_t>(this)));
-        std::filesystem::create_directories(folder);
-    }
-    void TearDown() override {
-        std::filesystem::remove_all(folder);
-        RecordTest::TearDown();
-    }
-
     using Rows = std::vector<std::string>;
     // "pattern decoration alias", with the decoration as it is printed.
     static Rows rowsOf(const LibraryAttributeMap& map) {
@@ -45,11 +29,10 @@ protected:
         parseMapRow(map, line.data());
         return rowsOf(map);
     }
-    std::string path(const char* name) const { return (folder / name).string(); }
     Rows rowsOfFile(const std::string& text) {
-        std::ofstream(folder / "map", std::ios::binary) << text;
+        folder.write("map", text);
         LibraryAttributeMap map(region());
-        loadLibraryAttributeMap(map, path("map").c_str());
+        loadLibraryAttributeMap(map, folder.pathOf("map").c_str());
         return rowsOf(map);
     }
     Rows rowsOfName(const std::string& name) {
@@ -66,7 +49,7 @@ protected:
         return result;
     }
 
-    std::filesystem::path folder;
+    testsupport::ScratchFolder folder;
 };
 
 const std::vector<std::string> builtInRows = {
@@ -182,9 +165,9 @@ TEST_F(LibraryMap, WhatCannotBeReadGivesTheBuiltInRows) {
     LibraryAttributeMap map(region());
     addBuiltInRows(map);
     const Rows expected = rowsOf(map);
-    EXPECT_EQ(rowsOfName(path("missing")), expected);
+    EXPECT_EQ(rowsOfName(folder.pathOf("missing")), expected);
     EXPECT_EQ(rowsOfName(""), expected);
-    EXPECT_EQ(rowsOfName(folder.string()), expected) << "a folder";
+    EXPECT_EQ(rowsOfName(folder.path()), expected) << "a folder";
 }
 
 TEST_F(LibraryMap, Patterns) {

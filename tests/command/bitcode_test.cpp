@@ -262,5 +262,41 @@ TEST_F(BitcodeMembers, TheLibraryIsLoadedOnlyForThem) {
     EXPECT_FALSE(loadsTheLibrary({"-x", "lto.a"}));
 }
 
+// An object that states how it was built, and names in bitcode beside those of its symbol table.
+std::string builtModule(const std::string& bitcode, const std::string& decoration) {
+    testsupport::ElfBuilder builder;
+    const auto text = static_cast<uint32_t>(builder.add({.name = ".text", .contents = "code"}));
+    builder.add({.name = std::string(testsupport::bitcodeSectionName), .contents = bitcode});
+    testsupport::BuiltElfSymbol marker =
+        testsupport::reservedSymbol("BuildAttributes$" + decoration, testsupport::elf::SHN_ABS);
+    marker.binding = testsupport::elf::STB_LOCAL;
+    builder.addSymbols({marker, {.name = "elf", .section = text}});
+    return builder.bytes();
+}
+
+TEST_F(BitcodeMembers, NamesInBitcodeMakeVariantsToo) {
+    const std::string bitcode = module("int one = 1; int two = 2;");
+    file("a.o", builtModule(bitcode, "$QEL_ISAv5$IEEE1"));
+    file("b.o", builtModule(bitcode, "$QEL_ISAv5$E$IEEE1"));
+    // The names of all of them, elsewhere: it is the names that count.
+    file("c.o", objectWithBitcode({module("int two = 2; int elf = 3;")}, {"one"}));
+    runs({"-rc", "lib.a", "a.o", "b.o"});
+    const std::string suffix = "$$BuildAttributes$$QEL_ISAv3$E$IEEE1";
+    EXPECT_EQ(symbols(), joined(in("a.o", {"elf", "one", "two"}),
+                                in("b.o", {"elf" + suffix, "one" + suffix, "two" + suffix})));
+    runs({"-r", "lib.a", "c.o"},
+         "Warning: L6874W: Minor variants of archive member 'a.o' include no base variant\n");
+}
+
+TEST_F(BitcodeMembers, ThatDifferInBitcodeAloneAreNoVariants) {
+    file("a.o", builtModule(module("int one = 1; int two = 2;"), "$QEL_ISAv5$IEEE1"));
+    file("b.o", builtModule(module("int one = 1; int other = 2;"), "$QEL_ISAv5$E$IEEE1"));
+    file("c.o", builtModule(module("int one = 1;"), "$QEL_ISAv5$N$IEEE1"));
+    runs({"-rc", "lib.a", "a.o", "b.o", "c.o"});
+    EXPECT_EQ(symbols(),
+              joined(joined(in("a.o", {"elf", "one", "two"}), in("b.o", {"elf", "one", "other"})),
+                     in("c.o", {"elf", "one"})));
+}
+
 } // namespace
 } // namespace commandtest

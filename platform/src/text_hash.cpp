@@ -1,11 +1,11 @@
 // The factors of the hash, drawn once for each run.
-#include "attributes/src/text_hash.h"
+#include "platform/interface/text_hash.h"
 
 #include <chrono>
 #include <exception>
 #include <random>
 
-namespace attributes {
+namespace platform {
 
 namespace {
 
@@ -27,4 +27,4 @@ const HashFactors& hashFactors() {
     return factors;
 }
 
-} // namespace attributes
+} // namespace platform

@@ -1,4 +1,4 @@
-// The hash by which the records, blocks and names of a cache are found.
+// The hash of texts and bytes that come from files: what tables and fingerprints are made with.
 //
 // Keys come from files, and short ones that differ in a byte or two are the rule; so all 64 bits
 // depend on all bytes and their order. Files may be hostile too: against a hash that is the same in
@@ -11,7 +11,7 @@
 #include <cstdint>
 #include <cstring>
 
-namespace attributes {
+namespace platform {
 
 // Both odd, so that a product loses nothing.
 struct HashFactors {
@@ -52,4 +52,4 @@ inline uint32_t foldHash(uint64_t hash) {
     return static_cast<uint32_t>(hash ^ (hash >> 32));
 }
 
-} // namespace attributes
+} // namespace platform
