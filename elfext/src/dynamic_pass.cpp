@@ -5,6 +5,7 @@
 // word, as are all tags that nothing here knows.
 #include "elfext/src/reader_passes.h"
 
+#include "elfext/src/dynamic_tags.h"
 #include "elfext/src/preemption_map.h"
 #include "elfext/src/read_state.h"
 #include "elfext/src/text_table.h"
@@ -16,33 +17,6 @@
 
 namespace elfext {
 namespace {
-
-// Tags whose value the module keeps as it stands.
-struct ValueTag {
-    uint32_t tag;
-    void (ObjectModule::*set)(ObjectModule::DynamicValue value);
-};
-constexpr ValueTag valueTags[] = {
-    {DT_INIT, &ObjectModule::setInit},
-    {DT_FINI, &ObjectModule::setFini},
-    {DT_INIT_ARRAY, &ObjectModule::setInitArray},
-    {DT_INIT_ARRAYSZ, &ObjectModule::setInitArraySize},
-    {DT_FINI_ARRAY, &ObjectModule::setFiniArray},
-    {DT_FINI_ARRAYSZ, &ObjectModule::setFiniArraySize},
-    {DT_PREINIT_ARRAY, &ObjectModule::setPreinitArray},
-    {DT_PREINIT_ARRAYSZ, &ObjectModule::setPreinitArraySize},
-};
-
-// Tags that stand for a bit of DT_FLAGS.
-struct FlagTag {
-    uint32_t tag;
-    uint32_t flag;
-};
-constexpr FlagTag flagTags[] = {
-    {DT_SYMBOLIC, DF_SYMBOLIC},
-    {DT_TEXTREL, DF_TEXTREL},
-    {DT_BIND_NOW, DF_BIND_NOW},
-};
 
 // Tags that are noted as a property of the file.
 struct PropertyTag {

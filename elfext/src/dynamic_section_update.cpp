@@ -8,6 +8,7 @@
 
 #include "elfext/interface/dynamic_records.h"
 #include "elfext/src/dynamic_position.h"
+#include "elfext/src/dynamic_tags.h"
 
 #include <algorithm>
 #include <map>
@@ -15,32 +16,6 @@
 
 namespace elfext {
 namespace {
-
-struct ValueTag {
-    uint32_t tag;
-    const ObjectModule::DynamicValue& (ObjectModule::*get)() const;
-};
-constexpr ValueTag valueTags[] = {
-    {DT_INIT, &ObjectModule::getInit},
-    {DT_FINI, &ObjectModule::getFini},
-    {DT_INIT_ARRAY, &ObjectModule::getInitArray},
-    {DT_INIT_ARRAYSZ, &ObjectModule::getInitArraySize},
-    {DT_FINI_ARRAY, &ObjectModule::getFiniArray},
-    {DT_FINI_ARRAYSZ, &ObjectModule::getFiniArraySize},
-    {DT_PREINIT_ARRAY, &ObjectModule::getPreinitArray},
-    {DT_PREINIT_ARRAYSZ, &ObjectModule::getPreinitArraySize},
-};
-
-// Tags that say the same as a bit of DT_FLAGS.
-struct FlagTag {
-    uint32_t tag;
-    uint32_t flag;
-};
-constexpr FlagTag flagTags[] = {
-    {DT_SYMBOLIC, DF_SYMBOLIC},
-    {DT_TEXTREL, DF_TEXTREL},
-    {DT_BIND_NOW, DF_BIND_NOW},
-};
 
 // The address and the size of a table of relocations.
 struct TableTags {
