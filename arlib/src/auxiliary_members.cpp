@@ -14,6 +14,7 @@
 #include "arlib/src/hosting_members.h"
 #include "arlib/src/minor_variant_groups.h"
 #include "arlib/src/minor_variants.h"
+#include "arlib/src/name_hash.h"
 #include "arlib/src/symbol_output.h"
 #include "elfext/interface/fast_hash_set.h"
 #include "elfext/interface/stringlett.h"
@@ -37,7 +38,7 @@ void emitNewSymbols(SymbolNames names, const ArchiveMember* member,
 // Lists the symbols of members that are in no group of variants.
 void emitSymbols(const HostingMembers& hosting, const MinorVariantGroups& groups,
                  bool uniqueSymbols, SymbolOutput& output) {
-    elfext::fast_hash_set<elfext::Stringlett> entered(output.region());
+    elfext::fast_hash_set<elfext::Stringlett> entered(output.region(), &nameHash);
     for (uint32_t i = 0; i < hosting.getSize(); ++i) {
         if (groups.isGrouped(i)) {
             continue;

@@ -3,6 +3,7 @@
 #include <new>
 #include <string>
 
+#include "arlib/src/name_hash.h"
 #include "platform/interface/letter_case.h"
 
 namespace arlib {
@@ -18,7 +19,8 @@ std::string folded(const char* name) {
 
 } // namespace
 
-MemberIndex::MemberIndex(alloclib::Region* region) : m_Region(region), m_Entries(region) {
+MemberIndex::MemberIndex(alloclib::Region* region)
+    : m_Region(region), m_Entries(region, &nameHash) {
 }
 
 NameEntry* MemberIndex::find(const char* name) const {
