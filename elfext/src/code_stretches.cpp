@@ -4,33 +4,16 @@
 #include "elfext/interface/sizes_statistics.h"
 
 #include <algorithm>
-#include <cstring>
-#include <vector>
 
 namespace elfext {
 namespace {
 
 // Data that is no literal, although it stands in a section of code.
-constexpr char realDataName[] = "$d.realdata";
-
-enum class Bucket { LiteralPools, Code, Data };
-
-// Where another kind of bytes begins.
-struct Mark {
-    uint64_t offset;
-    Bucket bucket;
-};
-
-Bucket bucketOf(const char* mappingName) {
-    if (mappingName[1] != 'd') {
-        return Bucket::Code;
-    }
-    return std::strcmp(mappingName, realDataName) == 0 ? Bucket::Data : Bucket::LiteralPools;
-}
+constexpr std::string_view realDataName = "$d.realdata";
 
 // Of several marks at one place the last one of the symbol table counts.
-void sortMarks(std::vector<Mark>& marks) {
-    const auto standsBefore = [](const Mark& left, const Mark& right) {
+void sortMarks(std::vector<CodeMark>& marks) {
+    const auto standsBefore = [](const CodeMark& left, const CodeMark& right) {
         return left.offset < right.offset;
     };
     if (!std::is_sorted(marks.begin(), marks.end(), standsBefore)) {
@@ -39,27 +22,26 @@ void sortMarks(std::vector<Mark>& marks) {
 }
 
 // Of the symbols only these are sorted: a section's own sorted lists come all four or not at all.
-std::vector<Mark> marksOf(const Section& section) {
-    std::vector<Mark> marks;
+std::vector<CodeMark> marksOf(const Section& section) {
+    std::vector<CodeMark> marks;
     for (const Symbol* const symbol : section.getHostedSymbols()) {
         if (symbol->getKind() == SymbolKind_Mapping) {
-            marks.push_back({symbol->getOffset(), bucketOf(symbol->getName())});
+            marks.push_back({symbol->getOffset(), codeBucketOf(symbol->getName())});
         }
     }
-    sortMarks(marks);
     return marks;
 }
 
-void addStretch(const Section& section, Bucket bucket, uint64_t size, SizeStatistics& statistics) {
+void addStretch(CodeBucket bucket, bool isWritable, uint64_t size, SizeStatistics& statistics) {
     switch (bucket) {
-    case Bucket::LiteralPools:
+    case CodeBucket::LiteralPools:
         statistics.m_LiteralPools += size;
         break;
-    case Bucket::Code:
+    case CodeBucket::Code:
         statistics.m_Code += size;
         break;
-    case Bucket::Data:
-        if ((section.getFlags() & SHF_WRITE) != 0) {
+    case CodeBucket::Data:
+        if (isWritable) {
             statistics.m_RwDataUncompressed += size;
             statistics.m_RwDataCompressed += size;
         } else {
@@ -71,19 +53,32 @@ void addStretch(const Section& section, Bucket bucket, uint64_t size, SizeStatis
 
 } // namespace
 
-void addCodeStretches(const Section& section, SizeStatistics& statistics) {
-    const uint64_t end = section.getSize();
+CodeBucket codeBucketOf(std::string_view mappingName) {
+    if (mappingName[1] != 'd') {
+        return CodeBucket::Code;
+    }
+    return mappingName == realDataName ? CodeBucket::Data : CodeBucket::LiteralPools;
+}
+
+void addCodeStretches(uint64_t size, bool isWritable, std::vector<CodeMark>& marks,
+                      SizeStatistics& statistics) {
+    sortMarks(marks);
     uint64_t start = 0;
-    Bucket bucket = Bucket::LiteralPools;
-    for (const Mark& mark : marksOf(section)) {
-        if (mark.offset >= end) {
+    CodeBucket bucket = CodeBucket::LiteralPools;
+    for (const CodeMark& mark : marks) {
+        if (mark.offset >= size) {
             break;
         }
-        addStretch(section, bucket, mark.offset - start, statistics);
+        addStretch(bucket, isWritable, mark.offset - start, statistics);
         start = mark.offset;
         bucket = mark.bucket;
     }
-    addStretch(section, bucket, end - start, statistics);
+    addStretch(bucket, isWritable, size - start, statistics);
+}
+
+void addCodeStretches(const Section& section, SizeStatistics& statistics) {
+    std::vector<CodeMark> marks = marksOf(section);
+    addCodeStretches(section.getSize(), (section.getFlags() & SHF_WRITE) != 0, marks, statistics);
 }
 
 } // namespace elfext

@@ -6,6 +6,7 @@
 #include "elfext/interface/deferred_contents.h"
 #include "elfext/interface/object_module.h"
 #include "elfext/interface/relocation.h"
+#include "elfext/src/section_kinds.h"
 
 #include <algorithm>
 #include <cstring>
@@ -28,9 +29,6 @@ constexpr FixedAlignment fixedAlignments[] = {
     {SHT_NULL, 1}, {SHT_NOBITS, 1}, {SHT_SYMTAB, 4}, {SHT_DYNSYM, 4},
     {SHT_REL, 4},  {SHT_RELA, 4},   {SHT_GROUP, 4},  {SHT_SYMTAB_SHNDX, 4},
 };
-
-constexpr const char* debugPrefixes[] = {".debug", ".line"};
-constexpr const char* debugName = "C$$fpmap";
 
 } // namespace
 
@@ -61,14 +59,7 @@ uint32_t Section::getIndex() const {
 }
 
 bool Section::isDebugSection() const {
-    if (m_Name == nullptr) {
-        return false;
-    }
-    return std::strcmp(m_Name, debugName) == 0 ||
-           std::any_of(std::begin(debugPrefixes), std::end(debugPrefixes),
-                       [this](const char* prefix) {
-                           return std::strncmp(m_Name, prefix, std::strlen(prefix)) == 0;
-                       });
+    return m_Name != nullptr && isDebugSectionName(m_Name);
 }
 
 // --- Fields

@@ -2,6 +2,7 @@
 
 #include "elfext/interface/object_module.h"
 
+#include <algorithm>
 #include <array>
 
 namespace elfext {
@@ -55,7 +56,16 @@ constexpr std::array<SectionKind, 17> specialKinds = {{
     {SHT_QEL_DEBUGOVERLAY, createNamed<&ObjectModule::createDebugOverlaySection>, nullptr, false},
 }};
 
+constexpr std::string_view debugPrefixes[] = {".debug", ".line"};
+constexpr std::string_view debugName = "C$$fpmap";
+
 } // namespace
+
+bool isDebugSectionName(std::string_view name) {
+    return name == debugName ||
+           std::any_of(std::begin(debugPrefixes), std::end(debugPrefixes),
+                       [name](std::string_view prefix) { return name.starts_with(prefix); });
+}
 
 const SectionKind& sectionKind(uint32_t type) {
     if (type == plainKind.type) [[likely]] {

@@ -5,6 +5,7 @@
 #include "elfext/src/file_layout.h"
 
 #include <cstdint>
+#include <string_view>
 
 namespace elfext {
 
@@ -24,5 +25,8 @@ struct SectionKind {
 
 // The row of a type; types that nothing is special about share one.
 const SectionKind& sectionKind(uint32_t type);
+
+// True for the name of a section that only debuggers read.
+bool isDebugSectionName(std::string_view name);
 
 } // namespace elfext

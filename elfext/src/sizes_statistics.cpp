@@ -5,6 +5,7 @@
 #include "elfext/interface/object_module.h"
 #include "elfext/src/code_stretches.h"
 #include "elfext/src/internal_padding.h"
+#include "elfext/src/section_use.h"
 
 namespace elfext {
 namespace {
@@ -42,21 +43,24 @@ void addReadWriteData(const Section& section, const CompressedSectionExtractor& 
     statistics.m_RwDataCompressed += section.getSize();
 }
 
-// The order of the tests is part of the meaning: what is not loaded is never data, and executable
-// bytes are code whether or not they can be written.
 void addSection(const Section& section, const CompressedSectionExtractor& extractor,
                 SizeStatistics& statistics) {
-    const uint32_t flags = section.getFlags();
-    if ((flags & SHF_ALLOC) == 0) {
+    switch (sectionUseOf(section.getType(), section.getFlags())) {
+    case SectionUse::NotLoaded:
         statistics.m_DebugInfo += section.isDebugSection() ? section.getSize() : 0;
-    } else if (section.getType() == SHT_NOBITS) {
+        break;
+    case SectionUse::Zeros:
         statistics.m_ZiData += section.getSize();
-    } else if ((flags & SHF_EXECINSTR) != 0) {
+        break;
+    case SectionUse::Code:
         addCodeStretches(section, statistics);
-    } else if ((flags & SHF_WRITE) == 0) {
+        break;
+    case SectionUse::Constants:
         statistics.m_RoData += section.getSize();
-    } else {
+        break;
+    case SectionUse::Data:
         addReadWriteData(section, extractor, statistics);
+        break;
     }
 }
 
