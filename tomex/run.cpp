@@ -143,8 +143,13 @@ void prepareArchive(arlib::Archive& archive, arlib::ErrorHandler& handler,
     archive.setReadStatus(&status);
 }
 
+bool reportsSizes(uint32_t action) {
+    return action == Action_Entries || action == Action_Sizes || action == Action_Summary;
+}
+
 // False if there is an archive that cannot be read. Under --create the old file is not looked at.
-bool openArchive(arlib::Archive& archive, ArchiveReadStatus& status, const char* archiveName) {
+bool openArchive(arlib::Archive& archive, arlib::MemberSizes& sizes, ArchiveReadStatus& status,
+                 const char* archiveName) {
     if (platform::isAbsent(archiveName)) {
         status.errorNumber = ENOENT;
         status.missing = true;
@@ -154,7 +159,8 @@ bool openArchive(arlib::Archive& archive, ArchiveReadStatus& status, const char*
         status.missing = true;
         return true;
     }
-    return arlib::ArchiveFileReader().readFile(archiveName, archive);
+    return arlib::ArchiveFileReader().readFile(
+        archiveName, archive, reportsSizes(commandState().action) ? &sizes : nullptr);
 }
 
 bool checkWritable(const arlib::Archive& archive) {
@@ -185,18 +191,19 @@ void visitMembers(arlib::Archive& archive, const ArchiveReadStatus& status,
     forEachNamedMember(archive, commandState().fileList, operation);
 }
 
-void dispatch(arlib::Archive& archive, ArchiveReadStatus& status, int64_t position) {
+void dispatch(arlib::Archive& archive, arlib::MemberSizes& sizes, ArchiveReadStatus& status,
+              int64_t position) {
     switch (commandState().action) {
     case Action_None:
         return;
     case Action_Entries:
-        reportSizes(archive, status, ReportFlag_Entries);
+        reportSizes(archive, status, sizes, ReportFlag_Entries);
         return;
     case Action_Sizes:
-        reportSizes(archive, status, ReportFlag_Sizes);
+        reportSizes(archive, status, sizes, ReportFlag_Sizes);
         return;
     case Action_Summary:
-        reportSizes(archive, status, ReportFlag_Sizes | ReportFlag_Entries);
+        reportSizes(archive, status, sizes, ReportFlag_Sizes | ReportFlag_Entries);
         return;
     case Action_SymbolTable:
         reportSymbols(archive, status);
@@ -255,13 +262,14 @@ void workOnArchive(const char* archiveName) {
     ArchiveReadStatus status;
     arlib::Archive archive;
     const ArchiveInUse inUse(archive);
+    arlib::MemberSizes sizes;
     prepareArchive(archive, handler, status, archiveName);
     int64_t position = noPosition;
-    if (!openArchive(archive, status, archiveName) || hasErrors() || !checkWritable(archive) ||
-        !findPosition(archive, position)) {
+    if (!openArchive(archive, sizes, status, archiveName) || hasErrors() ||
+        !checkWritable(archive) || !findPosition(archive, position)) {
         return;
     }
-    dispatch(archive, status, position);
+    dispatch(archive, sizes, status, position);
     archive.closeSources();
     decideOnSymbolTable(archive);
     // A run with an error never touches the archive file.

@@ -136,8 +136,23 @@ void listEntries(const elfext::ObjectModule& module, const char* memberName, Siz
     }
 }
 
-// Members that are no ELF files, or cannot be read, are passed over without a word.
-void reportMemberSizes(arlib::ArchiveMember& member, SizesTotals& totals) {
+void reportRow(const elfext::SizeStatistics& statistics, const char* memberName,
+               SizesTotals& totals) {
+    const Columns columns = columnsOf(statistics);
+    if ((totals.flags & ReportFlag_Sizes) != 0) {
+        printRow(columns, memberName);
+    }
+    totals.sums += columns;
+}
+
+// Members that are no ELF files, or cannot be read, are passed over without a word. `known` are
+// the sizes of one that need not be read, or null.
+void reportMemberSizes(arlib::ArchiveMember& member, const elfext::SizeStatistics* known,
+                       SizesTotals& totals) {
+    if (known != nullptr) {
+        reportRow(*known, member.getName(), totals);
+        return;
+    }
     if (member.getType() != arlib::getElfImageType() || !member.ensureLocation()) {
         return;
     }
@@ -148,11 +163,7 @@ void reportMemberSizes(arlib::ArchiveMember& member, SizesTotals& totals) {
     if ((totals.flags & ReportFlag_Entries) != 0) {
         listEntries(module, member.getName(), totals);
     }
-    const Columns columns = columnsOf(elfext::computeSizeStatistics(module));
-    if ((totals.flags & ReportFlag_Sizes) != 0) {
-        printRow(columns, member.getName());
-    }
-    totals.sums += columns;
+    reportRow(elfext::computeSizeStatistics(module), member.getName(), totals);
 }
 
 void printEntries(const SizesTotals& totals) {
@@ -168,7 +179,8 @@ void printEntries(const SizesTotals& totals) {
 
 } // namespace
 
-void reportSizes(arlib::Archive& archive, const ArchiveReadStatus& status, uint32_t flags) {
+void reportSizes(arlib::Archive& archive, const ArchiveReadStatus& status,
+                 arlib::MemberSizes& known, uint32_t flags) {
     if (status.missing) {
         reportArchiveNotFound(archive, status);
         return;
@@ -178,10 +190,13 @@ void reportSizes(arlib::Archive& archive, const ArchiveReadStatus& status, uint3
     if ((flags & ReportFlag_Sizes) != 0) {
         reportPlain(messages::MessageKey_SizesHeading);
     }
+    known.finish();
+    uint32_t place = 0;
     for (arlib::ArchiveMember* member : archive.getMembers()) {
         if (!member->isAuxiliary()) {
-            reportMemberSizes(*member, totals);
+            reportMemberSizes(*member, known.find(*member, place), totals);
         }
+        ++place;
     }
     if ((flags & ReportFlag_Sizes) != 0) {
         // The name's line feed makes an empty line behind the table.

@@ -10,6 +10,7 @@
 
 #include "arlib/interface/archive.h"
 #include "arlib/interface/archive_format.h"
+#include "arlib/interface/read_observer.h"
 #include "arlib/src/contents_source.h"
 #include "arlib/src/long_names.h"
 #include "arlib/src/number_field.h"
@@ -65,8 +66,9 @@ struct HeaderValues {
 // One run of the reader over one file.
 class ArchiveFileReader::Pass {
 public:
-    Pass(const char* fileName, Archive& archive)
-        : m_FileName(fileName), m_Archive(archive), m_Handler(archive.m_ErrorHandler) {}
+    Pass(const char* fileName, Archive& archive, ReadObserver* observer)
+        : m_FileName(fileName), m_Archive(archive), m_Handler(archive.m_ErrorHandler),
+          m_Observer(observer) {}
 
     bool open();
     bool readMembers();
@@ -102,6 +104,7 @@ private:
     const char* m_FileName;
     Archive& m_Archive;
     ErrorHandler* m_Handler;
+    ReadObserver* m_Observer;
     ContentsReader m_Reader;
     SourceFilePointer m_Source;
     MemberHeader m_Header = {};
@@ -192,6 +195,9 @@ ArchiveFileReader::Pass::Step ArchiveFileReader::Pass::readMember() {
     const uint64_t end = m_Position + memberHeaderSize + values.size;
     if (values.size % 2 != 0 && !readPadding(end)) {
         return Step::Failed;
+    }
+    if (m_Observer != nullptr) {
+        m_Observer->memberRead(*member);
     }
     m_Position = nextMemberOffset(m_Position, values.size);
     ++m_MemberCount;
@@ -370,13 +376,13 @@ void ArchiveFileReader::Pass::abandon() {
     m_Archive.clear();
 }
 
-bool ArchiveFileReader::readFile(const char* fileName, Archive& archive) {
+bool ArchiveFileReader::readFile(const char* fileName, Archive& archive, ReadObserver* observer) {
     TOMEX_CHECK_TEXT(fileName != nullptr, "fileName != NULL");
     archive.clear();
     archive.setFileName(fileName);
     archive.m_SymbolTableMode = SymbolTableMode_IfNeeded;
 
-    Pass pass(fileName, archive);
+    Pass pass(fileName, archive, observer);
     if (!pass.open() || !pass.readMembers() || !pass.close()) {
         pass.abandon();
         return false;
