@@ -5,6 +5,8 @@
 #include <cstdlib>
 #include <cstring>
 
+#include <sys/mman.h>
+
 #include "arlib/interface/archive.h"
 #include "arlib/interface/archive_format.h"
 #include "arlib/interface/contents_location.h"
@@ -18,6 +20,27 @@
 #include "platform/interface/output_file.h"
 
 namespace arlib {
+
+namespace {
+
+// Memory from here on is asked for in pages as large as the host has them: getting tens of
+// megabytes page by page takes longer than filling them.
+constexpr size_t largeMemory = size_t{4} << 20;
+constexpr size_t largePage = size_t{2} << 20;
+
+// As realloc(). Null if there is not enough; what was there before is kept then.
+void* takeMemory(void* before, size_t size) {
+    if (before != nullptr || size < largeMemory) {
+        return std::realloc(before, size);
+    }
+    void* const memory = std::aligned_alloc(largePage, (size + largePage - 1) & ~(largePage - 1));
+    if (memory != nullptr) {
+        madvise(memory, size, MADV_HUGEPAGE); // a wish; it costs nothing to be refused
+    }
+    return memory;
+}
+
+} // namespace
 
 MemberContents::~MemberContents() {
     release();
@@ -34,7 +57,7 @@ bool MemberContents::resize(uint32_t size) {
     if (size > m_Allocated) {
         const uint64_t grown = uint64_t{m_Allocated} * 3 / 2 + 1;
         const uint64_t wanted = std::max<uint64_t>(size, std::min<uint64_t>(grown, UINT32_MAX));
-        void* bytes = std::realloc(m_Bytes, wanted);
+        void* bytes = takeMemory(m_Bytes, wanted);
         if (bytes == nullptr) {
             return false;
         }

@@ -22,11 +22,9 @@ bool ContentsReader::close() {
 }
 
 bool ContentsReader::moveWindow(uint64_t offset, size_t count) {
-    if (m_ViewsInWindow <= 1) {
-        m_NextWindowSize = std::max(m_NextWindowSize / 2, smallestWindow);
-    } else if (m_WindowUsed / m_ViewsInWindow < bytesWorthACall) {
-        m_NextWindowSize = std::min(m_NextWindowSize * 2, largestWindow);
-    }
+    const size_t distance = m_ViewsInWindow <= 1 ? bytesWorthACall : m_WindowUsed / m_ViewsInWindow;
+    m_NextWindowSize = distance < bytesWorthACall ? std::min(m_NextWindowSize * 2, largestWindow)
+                                                  : std::max(m_NextWindowSize / 2, smallestWindow);
     const size_t wanted = std::max(m_NextWindowSize, count);
     if (m_Window.size() < wanted) {
         m_Window.resize(wanted);

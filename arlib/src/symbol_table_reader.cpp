@@ -147,6 +147,7 @@ bool Archive::checkSymbols(const uint8_t* bytes, uint32_t size) {
     const uint32_t count = table.count();
     uint64_t position = table.namesStart();
     uint32_t lastIndex = 0;
+    m_SymbolMembers.reserve(count);
     for (uint32_t i = 0; i < count; ++i) {
         const uint64_t length = table.nameLength(position);
         if (position + length >= size) {
