@@ -112,6 +112,29 @@ def relocatable(wide, little):
     return elf.bytes()
 
 
+def plain(wide, little):
+    """An object with nothing but what compilers make of a small module."""
+    elf = Elf(wide, little, 1)
+    text = elf.add(b".text", 1, b"code and data", flags=6)
+    inline = elf.add(b".text.f", 1, b"inline", flags=0x206)
+    elf.add(b".data", 1, b"data", flags=3)
+    elf.add(b".bss", NOBITS, size=64, flags=3)
+    elf.add(b".rodata", 1, b"constants", flags=2)
+    elf.add(b".debug_line", 1, b"lines")
+    elf.add(b".note", NOTE, elf.words(4, 4, 1) + b"GNU\0" + elf.words(7), flags=2)
+    strings = elf.add(b".strtab", STRTAB, b"\0f\0$a\0$d.realdata\0printf\0")
+    table = b"".join((elf.symbol(0, 0, 0), elf.symbol(0, 3, text), elf.symbol(3, 0, text),
+                      elf.symbol(6, 0, text, 8), elf.symbol(1, 0x12, inline),
+                      elf.symbol(18, 0x10, 0), elf.symbol(1, 0x11, 0xFFF2, 4)))
+    symbols = elf.add(b".symtab", SYMTAB, table, link=strings, info=4)
+    elf.add(b".rela.text", RELA, elf.relocation(4, 5, 9), link=symbols, info=text)
+    elf.add(b".rel.data", REL, elf.relocation(0, 4), link=symbols, info=3)
+    elf.add(b".group", GROUP, elf.words(1, inline), link=symbols, info=4)
+    scope = bytes([1]) + elf.words(7) + b"\6\2"
+    elf.add(b".attributes", ATTRIBUTES, b"A" + elf.words(4 + 6 + len(scope)) + b"qeabi\0" + scope)
+    return elf.bytes()
+
+
 def marked(decoration):
     """An object that defines two names and states in a marker symbol how it was built."""
     elf = Elf(False, True, 1)
@@ -157,6 +180,7 @@ def elf_files():
     for wide in (False, True):
         for little in (False, True):
             yield relocatable(wide, little)
+            yield plain(wide, little)
             yield image(wide, little)
 
 
