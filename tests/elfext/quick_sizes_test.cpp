@@ -263,7 +263,7 @@ TEST_P(QuickSizesTest, SpoiltSectionHeaders) {
         {file.text, SectionField::Link, 1000},
         {file.text, SectionField::Size, 100000},
         {file.text, SectionField::Offset, 100000},
-        {file.text, SectionField::Offset, 8}, // over the ELF header
+        {file.text, SectionField::Offset, 66}, // over the next section
         {file.symbols, SectionField::Link, file.text},
         {file.symbols, SectionField::Size, 25},
         {file.textRelocations, SectionField::Link, file.text},
