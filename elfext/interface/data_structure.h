@@ -31,9 +31,8 @@ public:
     Kind getKind() const { return m_Kind; }
     // The region that the item stands for.
     FileRegion* getFileRegion() const { return m_FileRegion; }
-    // Where the item lies: in the file, or in the item that contains it.
+    // Where the item is to lie: in the file, or in the item that contains it.
     uint64_t getOffset() const { return m_Offset; }
-    void setOffset(uint64_t offset) { m_Offset = offset; }
     // In bytes of the file.
     uint64_t getSize() const { return m_Size; }
     // The file offset must be `getCongruence()` modulo `getAlignment()`.

@@ -4,8 +4,14 @@
 // segments, the header tables, and the ELF header if the segment covers it. Where such a block can
 // start follows from the constraints of its parts; it stays where it is if it can, and is put to
 // the first fitting place otherwise. Sections that are in no segment follow in their order, and the
-// section header table comes last. The program header table stands behind the ELF header unless a
-// segment holds it.
+// section header table comes last.
+//
+// The program header table stands behind the ELF header. Where a segment holds the table, the two
+// stay together; where one holds the ELF header alone, the table follows behind all blocks.
+//
+// Within a block all distances stay as they are, since those who load the file know them. A part
+// that has grown has the zeros behind it that belong to nothing, up to the end of each segment that
+// a loader maps it with; beyond that it does not fit.
 //
 // Layout items of public interest are told in `data_structure.h`.
 #pragma once
@@ -15,9 +21,18 @@ namespace elfext {
 class ObjectModule;
 
 // Lays the file out by the sizes that sections and tables have now, and enters all offsets, sizes
-// and counts in the module. Constraints that exclude each other are reported to the module's error
-// handler, as is a file that would be too large for its class; true from the handler lets the
-// layout go on without the constraint. False if it ended there; offsets are then as they were.
+// and counts in the module. False if it could not be done; offsets are then as they were. What is
+// wrong is reported to the module's error handler:
+//  - constraints that exclude each other (`segmentSectionAlignmentClash` and its like). True from
+//    the handler lets the layout go on without the constraint.
+//  - A part of a block that does not fit, as another part of the block or bytes that mean something
+//    lie there (`sectionsOverlap` of two sections), or as it has outgrown a segment that it is
+//    loaded with. That ends the layout whatever the handler says: bytes would be lost.
+//  - A file that would be too large for its class, or all but empty: bytes that are left free so
+//    that segments can lie where their addresses want them may be 16 MiB and sixteen times the
+//    contents (`ioErrorWriting` with EFBIG, as for 65,535 segments or more).
+//  - Memory that has run out (`outOfMemory`), which more than some four million relations between
+//    parts count as.
 bool layOutElfFile(ObjectModule* objectModule);
 
 } // namespace elfext

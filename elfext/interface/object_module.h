@@ -232,6 +232,8 @@ public:
     Section* createCommentSection(const char* one, const char* two, const char* three);
 
     const SectionArray& getStringTableSections() const { return m_StringTableSections; }
+    // The string table that holds the names of sections; null for none.
+    StringTableSection* getSectionNameTable() const;
     const SectionArray& getSymtabSections() const { return m_SymtabSections; }
     const SectionArray& getDynsymSections() const { return m_DynsymSections; }
     const SectionArray& getGroupSections() const { return m_GroupSections; }
@@ -295,6 +297,8 @@ public:
     uint32_t getGroupIndex(const Group* group) const;
     void setGroupIndex(Group* group, uint32_t index);
     Group* createGroup(const char* name, const char* signature, uint32_t flags);
+    // The first group of this name, which may be null. Null if there is none.
+    Group* findGroup(const char* name);
     // The comdat group that stands for a signature: the first that came with it. Null if there is
     // none.
     Group* findComdatGroup(const char* signature) const;
@@ -466,6 +470,7 @@ private:
     void sortSymbolLists();
     void enterComdatGroup(Group* group);
     void leaveComdatGroup(Group* group);
+    void forgetGroupNames();
     void dropAllDeferredContents();
     void forgetFile();
 
@@ -545,7 +550,7 @@ private:
     SymbolArray m_SymbolsSortedByName;
     SymbolArray m_DynamicSymbolsSortedByName;
     GroupTable m_MapSignaturesToComdatGroups;
-    GroupTable m_MapNamesToGroups; // for groups that are found by name; none is entered here
+    GroupTable m_MapNamesToGroups; // empty until somebody looks for a name
     FileVersionDefinition* m_FileVersionDefinition = nullptr;
     Chain<SymbolVersionDefinition> m_VersionDefinitions;
     Chain<SymbolVersionRequirement> m_VersionRequirements;

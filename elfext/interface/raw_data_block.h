@@ -25,6 +25,8 @@ public:
     Buffer& getContents();
     // From now on they are those at `bytes`, which must stay there; see Buffer::setBorrowedData.
     void borrowContents(const uint8_t* bytes);
+    // True if `count` bytes from `offset` on, which lie in the block, are all 0.
+    bool isZero(uint64_t offset, uint64_t count) const;
 
     bool getFileRange(uint64_t* offset, uint64_t* size) const override;
     void getFileConstraints(uint64_t* congruence, uint64_t* alignment) const override;

@@ -19,7 +19,11 @@ public:
     uint64_t getOffset() const { return m_Offset; }
     void setOffset(uint64_t offset);
     uint16_t getType() const { return m_Type; }
+    // Clears the upper bits as well.
     void setType(uint16_t type);
+    // Bits 16 to 31 of the type in a 64-bit file, which no relocation has a use for: they are kept
+    // for who writes the file again.
+    uint16_t getUpperType() const { return m_UpperType; }
     Symbol* getTarget() const { return m_Target; }
     void setTarget(Symbol* target);
     bool isDynamic() const { return m_IsDynamic; }
@@ -42,6 +46,7 @@ private:
     Section* m_Section;
     Symbol* m_Target;
     uint16_t m_Type;
+    uint16_t m_UpperType = 0;
     bool m_IsDynamic;
     bool m_HasAddend = false;
 };

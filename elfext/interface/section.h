@@ -80,6 +80,10 @@ public:
     uint32_t getType() const { return m_Type; }
     uint32_t getFlags() const { return m_Flags; }
     void setFlags(uint32_t flags);
+    // Bits 32 and up of a 64-bit file's `sh_flags`, which nobody has given a meaning: they are kept
+    // for who writes the file again.
+    uint32_t getUpperFlags() const { return m_UpperFlags; }
+    void setUpperFlags(uint32_t flags);
     uint64_t getAddress() const { return m_Address; }
     void setAddress(uint64_t address);
     // The size in memory; the contents stay as they are.
@@ -195,6 +199,7 @@ public:
         uint64_t m_Addend = 0;
         Symbol* m_Target = nullptr;
         uint16_t m_Type = 0;
+        uint16_t m_UpperType = 0;
         bool m_HasAddend = false;
         bool m_IsDynamic = false;
     };
@@ -249,6 +254,7 @@ private:
     const char* m_Name; // in the object region or in the image
     uint32_t m_Type;
     uint32_t m_Flags;
+    uint32_t m_UpperFlags = 0;
     uint64_t m_Address = 0;
     uint64_t m_Size = 0;
     uint64_t m_Alignment = 0;

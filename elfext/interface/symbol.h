@@ -37,6 +37,7 @@ struct SymbolFields {
     uint32_t m_Type = 0;       // STT_
     uint32_t m_Binding = 0;    // STB_
     uint32_t m_Visibility = 0; // STV_
+    uint8_t m_OtherBits = 0;   // those of `st_other` beside the visibility's, which are left out
 };
 
 class Symbol : public ObjectWithBuildAttributes {
@@ -68,6 +69,10 @@ public:
     void setBinding(uint32_t binding);
     uint32_t getVisibility() const { return m_Visibility; }
     void setVisibility(uint32_t visibility);
+    // The bits of `st_other` beside the visibility's two, in their places. Their meaning is the
+    // processor's. The setter leaves out those two.
+    uint8_t getOtherBits() const { return m_OtherBits; }
+    void setOtherBits(uint8_t otherBits);
     bool isDynamic() const { return m_IsDynamic; }
     SymbolKind getKind() const { return getSymbolKind(m_Name); }
 
@@ -79,6 +84,10 @@ public:
     // Of a common symbol: the alignment that it asks for.
     uint64_t getCommonValue() const;
     void setCommonValue(uint64_t value);
+    // Of an undefined symbol: what a file says all the same. A program that takes the address of a
+    // library's function has its stub there. It is no address of the symbol.
+    uint64_t getUndefinedValue() const;
+    void setUndefinedValue(uint64_t value);
     Section* getSection() const;
     // In bytes from the section's start.
     uint64_t getOffset() const;
@@ -118,6 +127,8 @@ private:
     friend class ObjectModule;
     friend class Pruner;
 
+    static constexpr uint8_t OtherBitsMask = 0xFC;
+
     void markChanged();
     void markListsUnsorted();
     void settle(Category category, uint64_t value);
@@ -128,6 +139,7 @@ private:
     void enterList();
 
     bool m_IsDynamic;
+    uint8_t m_OtherBits = 0;
     Category m_Category = Category_Undefined;
     const char* m_Name; // in the object region or in the image
     uint64_t m_Size;
@@ -136,7 +148,7 @@ private:
     uint32_t m_Visibility;
     mutable uint32_t m_Index = 0; // in the module's list, valid when indexes are up to date
     union {
-        uint64_t m_Number = 0; // absolute, common
+        uint64_t m_Number = 0; // absolute, common, undefined
         Section* m_Section;    // hosted
     } m_Value;
     uint64_t m_Offset = 0; // hosted

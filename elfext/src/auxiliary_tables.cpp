@@ -58,7 +58,7 @@ uint64_t storedValue(const Symbol& symbol) {
         return symbol.getOffset() +
                (symbol.getObjectModule()->hasAddresses() ? symbol.getSection()->getAddress() : 0);
     default:
-        return 0;
+        return symbol.getUndefinedValue();
     }
 }
 
@@ -88,7 +88,7 @@ Elf64_Sym recordOf(const Symbol& symbol, const StringTableBuilder& texts) {
     record.st_name = texts.offsetOf(symbol.getName());
     record.st_info =
         static_cast<uint8_t>((symbol.getBinding() & 0xF) << 4 | (symbol.getType() & 0xF));
-    record.st_other = static_cast<uint8_t>(symbol.getVisibility() & 0x3);
+    record.st_other = static_cast<uint8_t>(symbol.getOtherBits() | (symbol.getVisibility() & 0x3));
     record.st_shndx = storedIndex(symbol);
     record.st_value = storedValue(symbol);
     record.st_size = symbol.getSize();
@@ -185,7 +185,7 @@ void fillRelocationTable(AuxiliaryState& state, const RelocationShare& share, Se
         Elf64_Rela record = {};
         record.r_offset = relocation->getOffset();
         record.symbol = indexOf(relocation->getTarget());
-        record.type = relocation->getType();
+        record.type = uint32_t{relocation->getUpperType()} << 16 | relocation->getType();
         record.r_addend = relocation->hasAddend() ? relocation->getAddend() : 0;
         bytes.relocation(record, table.hasAddends());
     }

@@ -92,7 +92,7 @@ private:
         m_State.m_Symtab = firstOf<SymbolTableSection>(m_Module.m_SymtabSections);
         m_State.m_Dynsym = firstOf<SymbolTableSection>(m_Module.m_DynsymSections);
         m_State.m_Dynamic = firstOf<DynamicSection>(m_Module.m_DynamicSections);
-        m_State.m_SectionNames = findServing(&StringTableSection::servesSectionNames);
+        m_State.m_SectionNames = m_Module.getSectionNameTable();
         m_State.m_SymbolNames = stringsOf(m_State.m_Symtab);
         for (const Section* const user : {static_cast<const Section*>(m_State.m_Dynsym),
                                           static_cast<const Section*>(m_State.m_Dynamic),
@@ -103,16 +103,6 @@ private:
                 m_State.m_DynamicNames = stringsOf(user);
             }
         }
-    }
-
-    StringTableSection* findServing(bool (StringTableSection::*serves)() const) const {
-        for (Section* const section : m_Module.m_StringTableSections) {
-            auto* const table = static_cast<StringTableSection*>(section);
-            if ((table->*serves)()) {
-                return table;
-            }
-        }
-        return nullptr;
     }
 
     // --- What is there and not in use
@@ -488,6 +478,21 @@ private:
         fillVersions(m_State);
         fillPreemptionMap(m_State);
         fillDynamic(m_State);
+        settleNullSection();
+    }
+
+    // In a file of very many sections the null section tells their number and that of the names'
+    // table, which do not fit into the ELF header. What a file said there follows the sections.
+    void settleNullSection() {
+        const uint32_t count = m_Module.getSectionCount();
+        Section* const first = count != 0 ? m_Module.getSection(0) : nullptr;
+        if (first == nullptr || first->getType() != SHT_NULL ||
+            m_Module.getSectionHeaderCount() != 0 || first->getSize() < SHN_LORESERVE) {
+            return;
+        }
+        Section* const names = m_State.m_SectionNames;
+        first->setSize(count >= SHN_LORESERVE ? count : 0);
+        first->setLink(names != nullptr && names->getIndex() >= SHN_LORESERVE ? names : nullptr);
     }
 
     ObjectModule& m_Module;

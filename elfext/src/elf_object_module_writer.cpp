@@ -5,14 +5,14 @@
 #include "elfext/interface/object_module.h"
 #include "elfext/interface/raw_data_block.h"
 #include "elfext/src/file_layout.h"
+#include "elfext/src/memory_guard.h"
 #include "elfext/src/record_bytes.h"
-#include "elfext/src/reporting.h"
 #include "elfext/src/string_table_builder.h"
 #include "elfext/src/write_buffer.h"
+#include "platform/interface/file_replacement.h"
 
 #include <algorithm>
 #include <cerrno>
-#include <unordered_map>
 
 namespace elfext {
 namespace {
@@ -40,10 +40,11 @@ class ElfWriter {
 public:
     explicit ElfWriter(ObjectModule& objectModule)
         : m_Module(objectModule), m_Sizes(recordSizes(objectModule.is64Bit())),
-          m_NameTable(findNameTable()) {}
+          m_NameTable(objectModule.getSectionNameTable()) {}
 
+    // A table that has grown may lie over raw data that are zeros, so it comes later.
     bool run() {
-        return writeSections() && writeRawData() && writeSectionHeaders() &&
+        return writeRawData() && writeSections() && writeSectionHeaders() &&
                writeProgramHeaders() && writeElfHeader();
     }
 
@@ -73,15 +74,6 @@ public:
     }
 
 private:
-    const Section* findNameTable() const {
-        for (const Section* const section : m_Module.getStringTableSections()) {
-            if (static_cast<const StringTableSection*>(section)->servesSectionNames()) {
-                return section;
-            }
-        }
-        return nullptr;
-    }
-
     RecordBytes makeBytes() const { return {m_Module.is64Bit(), m_Module.isLittleEndian()}; }
 
     bool put(uint64_t offset, const void* bytes, uint64_t count) {
@@ -153,6 +145,9 @@ private:
         if (m_Module.getSectionCount() == 0) {
             return true;
         }
+        if (!checkExtension()) {
+            return false;
+        }
         NameOffsets names(m_NameTable);
         if (m_NameTable != nullptr) {
             for (const Section* const section : m_Module.getSections()) {
@@ -176,7 +171,7 @@ private:
     static Elf64_Shdr headerOf(const Section& section) {
         Elf64_Shdr header = {};
         header.sh_type = section.getType();
-        header.sh_flags = section.getFlags();
+        header.sh_flags = uint64_t{section.getUpperFlags()} << 32 | section.getFlags();
         header.sh_addr = section.getAddress();
         header.sh_offset = section.getFileOffset();
         header.sh_size = section.getSize();
@@ -185,6 +180,17 @@ private:
         header.sh_addralign = section.getAlignment();
         header.sh_entsize = section.getEntrySize();
         return header;
+    }
+
+    // Only a null section has fields to spare. Whatever the handler says, there is no other place
+    // for the number of the sections.
+    bool checkExtension() const {
+        const uint32_t type = m_Module.getSection(0)->getType();
+        if (m_Module.getSectionCount() < SHN_LORESERVE || type == SHT_NULL) {
+            return true;
+        }
+        askHandler(m_Module, &ErrorHandler::firstSectionNotNull, type);
+        return false;
     }
 
     // Numbers that do not fit into the ELF header stand in the first section's.
@@ -259,24 +265,34 @@ bool writeAll(std::FILE* file, const uint8_t* bytes, uint64_t size) {
     return std::fwrite(bytes, 1, static_cast<size_t>(size), file) == size && std::fflush(file) == 0;
 }
 
+bool writeImage(ObjectModule& objectModule, std::unique_ptr<uint8_t[]>& image, uint64_t& size) {
+    objectModule.updateAuxiliarySections();
+    if (!layOutElfFile(&objectModule)) {
+        return false;
+    }
+    ElfWriter writer(objectModule);
+    OpenOutput output(writer.fileSize());
+    if (!output.isOpen()) {
+        return reportFatal(objectModule, &ErrorHandler::outOfMemory);
+    }
+    if (!writer.run()) {
+        return false;
+    }
+    image = output.take(size);
+    return true;
+}
+
+// What a loader runs or maps, linkers make so that it may be executed.
+bool isExecutable(const ObjectModule& objectModule) {
+    return objectModule.getType() == ET_EXEC || objectModule.getType() == ET_DYN;
+}
+
 } // namespace
 
 bool writeElfBuffer(ObjectModule* objectModule, std::unique_ptr<uint8_t[]>* image, uint64_t* size) {
     TOMEX_CHECK_TEXT(objectModule != nullptr, "objectModule != NULL");
-    objectModule->updateAuxiliarySections();
-    if (!layOutElfFile(objectModule)) {
-        return false;
-    }
-    ElfWriter writer(*objectModule);
-    if (!lowlevel::openWriteBuffer(writer.fileSize())) {
-        return reportFatal(*objectModule, &ErrorHandler::outOfMemory);
-    }
-    if (!writer.run()) {
-        lowlevel::dropWriteBuffer();
-        return false;
-    }
-    *image = lowlevel::takeWriteBuffer(*size);
-    return true;
+    return reportExhaustion(*objectModule,
+                            [&] { return writeImage(*objectModule, *image, *size); });
 }
 
 bool writeElfFile(const char* fileName, ObjectModule* objectModule) {
@@ -286,20 +302,11 @@ bool writeElfFile(const char* fileName, ObjectModule* objectModule) {
     if (!writeElfBuffer(objectModule, &image, &size)) {
         return false;
     }
-    errno = 0;
-    std::FILE* const file = std::fopen(fileName, "wb");
-    if (file == nullptr) {
-        return failWriting(*objectModule, fileName, errno);
-    }
-    const bool isWritten = writeAll(file, image.get(), size);
-    int error = errno;
-    if (std::fclose(file) != 0 && isWritten) {
-        error = errno;
-    } else if (isWritten) {
-        return true;
-    }
-    std::remove(fileName);
-    return failWriting(*objectModule, fileName, error);
+    return reportExhaustion(*objectModule, [&] {
+        const int error =
+            platform::replaceFile(fileName, image.get(), size, isExecutable(*objectModule));
+        return error == 0 || failWriting(*objectModule, fileName, error);
+    });
 }
 
 bool writeElfFile(std::FILE* elfFile, ObjectModule* objectModule) {

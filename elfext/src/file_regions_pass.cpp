@@ -7,6 +7,7 @@
 #include "elfext/src/reader_passes.h"
 
 #include "elfext/src/file_parts.h"
+#include "elfext/src/part_index.h"
 #include "elfext/src/read_state.h"
 
 #include <algorithm>
@@ -16,35 +17,44 @@ namespace elfext {
 namespace {
 
 // Finds relations by the places that the file said regions have. Lies in the module's container
-// region, with the list of parts.
+// region, with the list of parts. The index is made when it is asked for first: who only reads
+// symbols never asks.
 class ReadRegionLinker : public FileRegionLinker {
 public:
-    explicit ReadRegionLinker(std::span<const FilePart> parts) : m_Parts(parts) {}
+    ReadRegionLinker(alloclib::Region& region, std::span<const FilePart> parts)
+        : m_Region(region), m_Parts(parts), m_Found(&region) {}
 
     void findLinks(FileRegion& region, fast_array<ContainedRegion>& contained,
                    fast_array<FileRegion*>& containers) override {
-        const auto self =
-            std::find_if(m_Parts.begin(), m_Parts.end(),
-                         [&region](const FilePart& part) { return part.m_Region == &region; });
-        if (self == m_Parts.end()) {
+        if (m_Index == nullptr) {
+            void* const place = alloclib::allocate(m_Region, sizeof(PartIndex), alignof(PartIndex));
+            m_Index = new (place) PartIndex(m_Region, m_Parts);
+        }
+        const uint32_t self = m_Index->find(&region);
+        if (self == m_Parts.size()) {
             return;
         }
-        for (auto other = m_Parts.begin(); other != m_Parts.end(); ++other) {
-            if (other == self || other->m_Region->isDetached() || !other->overlaps(*self)) {
+        m_Found.clear();
+        m_Index->findOverlaps(m_Parts[self], m_Found);
+        for (const uint32_t other : m_Found) {
+            const FilePart& part = m_Parts[other];
+            if (other == self || part.m_Region->isDetached()) {
                 continue;
             }
-            const bool isContainer =
-                self->m_Start < other->m_Start || (self->m_Start == other->m_Start && self < other);
-            if (isContainer) {
-                contained.add({other->m_Region, other->m_Start - self->m_Start});
+            const uint64_t start = m_Parts[self].m_Start;
+            if (start < part.m_Start || (start == part.m_Start && self < other)) {
+                contained.add({part.m_Region, part.m_Start - start});
             } else {
-                containers.add(other->m_Region);
+                containers.add(part.m_Region);
             }
         }
     }
 
 private:
+    alloclib::Region& m_Region;
     std::span<const FilePart> m_Parts;
+    PartIndex* m_Index = nullptr;
+    fast_array<uint32_t> m_Found; // of one search
 };
 
 void attachLinker(ReadState& state, std::span<const FilePart> parts) {
@@ -53,7 +63,7 @@ void attachLinker(ReadState& state, std::span<const FilePart> parts) {
     std::copy(parts.begin(), parts.end(), kept.begin());
     void* const place =
         alloclib::allocate(region, sizeof(ReadRegionLinker), alignof(ReadRegionLinker));
-    auto* const linker = new (place) ReadRegionLinker(kept);
+    auto* const linker = new (place) ReadRegionLinker(region, kept);
     for (const FilePart& part : kept) {
         part.m_Region->setLinker(linker);
     }

@@ -21,6 +21,7 @@ bool Group::isComdat() const {
 
 void Group::setName(const char* name) {
     m_Name = m_ObjectModule->keepText(name);
+    m_ObjectModule->forgetGroupNames();
     m_ObjectModule->markChanged();
 }
 

@@ -13,20 +13,6 @@ namespace {
 
 using RangeArray = array<Range>;
 
-constexpr uint64_t chunkSize = 4096;
-
-bool isAllZeros(const RawDataBlock& block) {
-    uint8_t chunk[chunkSize];
-    for (uint64_t offset = 0; offset < block.getSize(); offset += chunkSize) {
-        const uint64_t count = std::min(chunkSize, block.getSize() - offset);
-        block.read(offset, chunk, count);
-        if (std::any_of(chunk, chunk + count, [](uint8_t byte) { return byte != 0; })) {
-            return false;
-        }
-    }
-    return true;
-}
-
 // What has no size or no place in the file takes up nothing of it. A file's numbers may reach
 // beyond the last offset that there is.
 void addRange(const FileRegion& region, RangeArray& ranges) {
@@ -84,7 +70,8 @@ uint64_t countGaps(const RangeArray& segments, const RangeArray& contents) {
 
 void addRawData(const ObjectModule& objectModule, SizeStatistics& statistics) {
     for (const RawDataBlock* const block : objectModule.getRawDataBlocks()) {
-        uint64_t& sum = isAllZeros(*block) ? statistics.m_InternalPadding : statistics.m_RoData;
+        uint64_t& sum =
+            block->isZero(0, block->getSize()) ? statistics.m_InternalPadding : statistics.m_RoData;
         sum += block->getSize();
     }
 }

@@ -208,7 +208,7 @@ void ObjectModule::forgetFile() {
     m_SymbolListsSorted = true;
     m_RawDataBlocks.clear();
     m_DebugOverlayRecords.clear();
-    m_MapNamesToGroups.clear();
+    forgetGroupNames();
     m_ElfHeader.forgetLinks();
     m_SectionHeaderTable.reset();
     m_ProgramHeaderTable.reset();

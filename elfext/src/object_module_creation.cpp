@@ -152,10 +152,32 @@ Group* ObjectModule::createGroup(const char* name, const char* signature, uint32
     Group* const group = make<Group>(this, name, signature, flags);
     group->m_Index = m_Groups.getSize();
     m_Groups.add(group);
+    forgetGroupNames();
     if (group->isComdat()) {
         enterComdatGroup(group);
     }
     return group;
+}
+
+// The first group of a name stands for it. Few ask, so the table is made for those who do, and
+// dropped by every change.
+Group* ObjectModule::findGroup(const char* name) {
+    if (m_MapNamesToGroups.getCount() == 0) {
+        for (Group* const group : m_Groups) {
+            const Stringlett key(group->getName());
+            if (!m_MapNamesToGroups.containsKey(key)) {
+                m_MapNamesToGroups.set(key, group);
+            }
+        }
+    }
+    Group* const* const place = m_MapNamesToGroups.find(Stringlett(name));
+    return place != nullptr ? *place : nullptr;
+}
+
+void ObjectModule::forgetGroupNames() {
+    if (m_MapNamesToGroups.getCount() != 0) {
+        m_MapNamesToGroups.clear();
+    }
 }
 
 // The first group with a signature stands for it.

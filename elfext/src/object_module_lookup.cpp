@@ -53,6 +53,16 @@ uint32_t ObjectModule::getSectionIndex(const Section* section) const {
     return index;
 }
 
+StringTableSection* ObjectModule::getSectionNameTable() const {
+    for (Section* const section : m_StringTableSections) {
+        auto* const table = static_cast<StringTableSection*>(section);
+        if (table->servesSectionNames()) {
+            return table;
+        }
+    }
+    return nullptr;
+}
+
 void ObjectModule::setSectionIndex(Section* section, uint32_t index) {
     TOMEX_CHECK(index < m_Sections.getSize());
     changeStructure();
@@ -151,6 +161,7 @@ uint32_t ObjectModule::getGroupIndex(const Group* group) const {
 void ObjectModule::setGroupIndex(Group* group, uint32_t index) {
     TOMEX_CHECK(index < m_Groups.getSize());
     changeStructure();
+    forgetGroupNames();
     move(m_Groups, getGroupIndex(group), index);
 }
 

@@ -318,6 +318,7 @@ private:
             const bool isThere = !goes<Symbol>(symbol, m_Symbols);
             group->setSignatureSymbolIndex(isThere ? symbol->m_Index + 1 : 0);
         }
+        m_Module.forgetGroupNames();
         m_Module.m_MapSignaturesToComdatGroups.clear();
         for (Group* const group : m_Module.m_Groups) {
             if (group->isComdat()) {

@@ -3,9 +3,17 @@
 
 #include "elfext/interface/object_module.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace elfext {
+
+namespace {
+
+// How many bytes are looked at at a time.
+constexpr uint64_t chunkSize = 4096;
+
+} // namespace
 
 RawDataBlock::RawDataBlock(ObjectModule* objectModule, uint64_t size)
     : FileRegion(objectModule->getContainerRegion()), m_ObjectModule(objectModule), m_Size(size),
@@ -21,6 +29,18 @@ Buffer& RawDataBlock::getContents() {
 
 void RawDataBlock::borrowContents(const uint8_t* bytes) {
     m_Contents.setBorrowedData(bytes, m_Size);
+}
+
+bool RawDataBlock::isZero(uint64_t offset, uint64_t count) const {
+    uint8_t chunk[chunkSize];
+    for (uint64_t done = 0; done < count; done += chunkSize) {
+        const uint64_t length = std::min(chunkSize, count - done);
+        read(offset + done, chunk, length);
+        if (std::any_of(chunk, chunk + length, [](uint8_t byte) { return byte != 0; })) {
+            return false;
+        }
+    }
+    return true;
 }
 
 bool RawDataBlock::getFileRange(uint64_t* offset, uint64_t* size) const {

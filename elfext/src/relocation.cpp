@@ -22,6 +22,7 @@ void Relocation::setOffset(uint64_t offset) {
 
 void Relocation::setType(uint16_t type) {
     m_Type = type;
+    m_UpperType = 0;
     markChanged();
 }
 

@@ -24,6 +24,7 @@ void loadTable(Section& section, const RelocationTable& table) {
         relocation.m_Addend = entry.r_addend;
         relocation.m_Target = table.m_Symbols.m_Symbols[entry.symbol];
         relocation.m_Type = static_cast<uint16_t>(entry.type);
+        relocation.m_UpperType = static_cast<uint16_t>(entry.type >> 16);
         relocation.m_HasAddend = hasAddends;
         relocation.m_IsDynamic = entry.symbol == 0 && table.m_Section->isDynamic();
         section.addRelocationAsRead(relocation);

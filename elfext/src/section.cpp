@@ -78,6 +78,11 @@ void Section::setFlags(uint32_t flags) {
     markChanged();
 }
 
+void Section::setUpperFlags(uint32_t flags) {
+    m_UpperFlags = flags;
+    markChanged();
+}
+
 // The symbols here move with the section.
 void Section::setAddress(uint64_t address) {
     m_Address = address;
@@ -247,6 +252,7 @@ Relocation* Section::addRelocationWithAddend(uint64_t offset, uint16_t type, Sym
 void Section::addRelocationAsRead(const RelocationAsRead& relocation) {
     Relocation* const made =
         createRelocation(relocation.m_Offset, relocation.m_Type, relocation.m_Target);
+    made->m_UpperType = relocation.m_UpperType;
     made->m_HasAddend = relocation.m_HasAddend;
     made->m_Addend = relocation.m_HasAddend ? relocation.m_Addend : 0;
     if (relocation.m_Target == nullptr) {

@@ -13,6 +13,7 @@ bool createSections(ReadState& state) {
     for (const Elf64_Shdr& header : state.m_SectionHeaders) {
         Section* const section = sectionKind(header.sh_type).create(objectModule, header);
         section->setFlags(static_cast<uint32_t>(header.sh_flags));
+        section->setUpperFlags(static_cast<uint32_t>(header.sh_flags >> 32));
         section->setAddress(header.sh_addr);
         section->setFileOffset(header.sh_offset);
         section->setEntrySize(header.sh_entsize);

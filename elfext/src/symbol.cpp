@@ -53,6 +53,11 @@ void Symbol::setVisibility(uint32_t visibility) {
     markChanged();
 }
 
+void Symbol::setOtherBits(uint8_t otherBits) {
+    m_OtherBits = otherBits & OtherBitsMask;
+    markChanged();
+}
+
 // --- Values
 
 uint64_t Symbol::getAbsoluteValue() const {
@@ -73,6 +78,17 @@ uint64_t Symbol::getCommonValue() const {
 
 void Symbol::setCommonValue(uint64_t value) {
     TOMEX_CHECK(m_Category == Category_Common);
+    m_Value.m_Number = value;
+    markChanged();
+}
+
+uint64_t Symbol::getUndefinedValue() const {
+    TOMEX_CHECK(m_Category == Category_Undefined);
+    return m_Value.m_Number;
+}
+
+void Symbol::setUndefinedValue(uint64_t value) {
+    TOMEX_CHECK(m_Category == Category_Undefined);
     m_Value.m_Number = value;
     markChanged();
 }

@@ -105,6 +105,7 @@ Symbol* ObjectModule::makeSymbol(const SymbolFields& fields, bool isDynamic) {
     auto* const symbol =
         new (takeSymbolMemory()) Symbol(this, fields.m_Name, fields.m_Size, fields.m_Type,
                                         fields.m_Binding, fields.m_Visibility, isDynamic);
+    symbol->m_OtherBits = fields.m_OtherBits & Symbol::OtherBitsMask;
     SymbolArray& list = isDynamic ? m_DynamicSymbols : m_Symbols;
     symbol->m_Index = list.getSize();
     list.add(symbol);

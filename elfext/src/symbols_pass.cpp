@@ -62,6 +62,7 @@ private:
         fields.m_Type = entry.st_info & 0xF;
         fields.m_Binding = entry.st_info >> 4;
         fields.m_Visibility = entry.st_other & 0x3;
+        fields.m_OtherBits = entry.st_other;
         if (!readName(number, entry.st_name, fields)) {
             return false;
         }
@@ -80,6 +81,9 @@ private:
             m_Symbols[number] =
                 (m_Module.*(m_IsDynamic ? &ObjectModule::createDynamicUndefinedSymbol
                                         : &ObjectModule::createUndefinedSymbol))(fields);
+            if (entry.st_value != 0) {
+                m_Symbols[number]->setUndefinedValue(entry.st_value);
+            }
             return checkOutsideSections(number, fields);
         case SHN_XINDEX:
             return readExtended(number, fields, entry.st_value);

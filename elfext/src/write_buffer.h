@@ -25,3 +25,30 @@ std::unique_ptr<uint8_t[]> takeWriteBuffer(uint64_t& size);
 void dropWriteBuffer();
 
 } // namespace elfext::lowlevel
+
+namespace elfext {
+
+// A write from opening to its end.
+class OpenOutput {
+public:
+    explicit OpenOutput(uint64_t size) : m_IsOpen(lowlevel::openWriteBuffer(size)) {}
+    OpenOutput(const OpenOutput&) = delete;
+    OpenOutput& operator=(const OpenOutput&) = delete;
+    ~OpenOutput() {
+        if (m_IsOpen) {
+            lowlevel::dropWriteBuffer();
+        }
+    }
+
+    // False if there was no memory for it, and once the image has been taken.
+    bool isOpen() const { return m_IsOpen; }
+    std::unique_ptr<uint8_t[]> take(uint64_t& size) {
+        m_IsOpen = false;
+        return lowlevel::takeWriteBuffer(size);
+    }
+
+private:
+    bool m_IsOpen;
+};
+
+} // namespace elfext

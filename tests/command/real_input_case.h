@@ -1,8 +1,5 @@
 // What tests with real archives share: the host's own libraries, a choice of them where every byte
 // is looked at several times, and the other archivers that say what is in them.
-//
-// An archiver that is absent is told on standard error, and where tests have to be complete (the
-// environment variable CI is set) it is a failure.
 #pragma once
 
 #include "tests/command/command_case.h"
@@ -14,23 +11,13 @@
 #include <sstream>
 
 #include "tests/support/host_libraries.h"
-#include "tests/support/witness.h"
+#include "tests/support/witness_presence.h"
 
 namespace commandtest {
 
 using testsupport::ParsedMember;
+using testsupport::present;
 using testsupport::Witness;
-
-// Whether the tool is there to be asked.
-inline bool present(const Witness& witness) {
-    if (witness.present()) {
-        return true;
-    }
-    const bool mustBeComplete = std::getenv("CI") != nullptr; // NOLINT(concurrency-mt-unsafe)
-    EXPECT_FALSE(mustBeComplete) << witness.absence();
-    std::cerr << "[  NOTE    ] " << witness.absence() << '\n';
-    return false;
-}
 
 inline std::string readFile(const std::string& path) {
     std::ifstream file(path, std::ios::binary);

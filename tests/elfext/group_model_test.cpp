@@ -1,4 +1,5 @@
 // Groups: members, signatures, and which group stands for a signature.
+#include "elfext/interface/prune_criteria.h"
 #include "tests/elfext/model_fixtures.h"
 
 namespace elfext::test {
@@ -26,6 +27,32 @@ TEST_F(GroupTest, HoldsWhatItIsMadeOf) {
     EXPECT_EQ(group->getSection(), section);
     group->setName(nullptr);
     EXPECT_EQ(group->getName(), nullptr);
+}
+
+TEST_F(GroupTest, TheFirstOfANameIsFound) {
+    EXPECT_EQ(module().findGroup("g"), nullptr);
+    Group* const one = module().createGroup("g", "s", 0);
+    Group* const two = module().createGroup("g", "t", GRP_COMDAT);
+    Group* const nameless = module().createGroup(nullptr, "u", 0);
+    EXPECT_EQ(module().findGroup("g"), one);
+    EXPECT_EQ(module().findGroup(nullptr), nameless);
+    EXPECT_EQ(module().findGroup("h"), nullptr);
+    // Whatever changes, the next search knows of it.
+    one->setName("h");
+    EXPECT_EQ(module().findGroup("g"), two);
+    EXPECT_EQ(module().findGroup("h"), one);
+    nameless->setName("g");
+    EXPECT_EQ(module().findGroup("g"), two);
+    module().setGroupIndex(nameless, 0);
+    EXPECT_EQ(module().findGroup("g"), nameless);
+    Group* const late = module().createGroup("late", "v", 0);
+    EXPECT_EQ(module().findGroup("late"), late);
+    ManualPruneCriteria criteria;
+    criteria.addGroup(nameless);
+    module().prune(criteria);
+    EXPECT_EQ(module().findGroup("g"), two);
+    module().clear();
+    EXPECT_EQ(module().findGroup("g"), nullptr);
 }
 
 TEST_F(GroupDeathTest, ASignatureIsNeverNull) {

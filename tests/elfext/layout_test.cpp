@@ -277,6 +277,173 @@ TEST_F(LayoutTest, AFailedLayoutChangesNothing) {
     EXPECT_EQ(section->getFileOffset(), 7U);
 }
 
+// --- Growth
+
+// A segment with two sections side by side, and what is free behind them.
+class LayoutGrowthTest : public LayoutTest {
+protected:
+    void SetUp() override {
+        LayoutTest::SetUp();
+        module().createNullSection(0);
+        m_Segment = segmentOf(0x1000, 0x100, 0x1000);
+        m_One = sized(0x20);
+        m_Two = sized(0x20);
+        m_Segment->addContained(m_One, 0x40);
+        m_Segment->addContained(m_Two, 0x60);
+        ASSERT_TRUE(layOut());
+        m_Place = m_Two->getFileOffset();
+        m_Handler.m_GoesOn = true; // nobody can let bytes be lost
+    }
+    // One report, and nothing has moved.
+    void expectNoRoom(const std::string& report, uint32_t severity = Severity_Error) {
+        EXPECT_FALSE(layOut());
+        EXPECT_EQ(m_Handler.m_Reports, (Reports{{severity, report}}));
+        EXPECT_EQ(m_Two->getFileOffset(), m_Place);
+        module().setErrorHandler(nullptr);
+        EXPECT_FALSE(layOut());
+    }
+    void expectRoom() {
+        EXPECT_TRUE(layOut());
+        EXPECT_EQ(m_Handler.m_Reports, Reports());
+        EXPECT_EQ(m_Two->getFileOffset(), m_Place);
+    }
+    RawDataBlock* addRawData(uint64_t offset, uint64_t size) {
+        RawDataBlock* const block = module().createRawDataBlock(size);
+        m_Segment->addContained(block, offset);
+        return block;
+    }
+    static std::string clashOf(const std::string& parts) {
+        return parts + " have alignment constraints which cannot both be satisfied given their "
+                       "relative offset";
+    }
+
+    Segment* m_Segment = nullptr;
+    Section* m_One = nullptr;
+    Section* m_Two = nullptr;
+    uint64_t m_Place = 0;
+};
+
+TEST_F(LayoutGrowthTest, TheNextSectionIsInTheWay) {
+    m_One->setSize(0x21);
+    expectNoRoom("Sections #1 and #2 overlap in the file", Severity_Warning);
+}
+
+TEST_F(LayoutGrowthTest, TheReportNamesTheSectionsInOrder) {
+    m_Segment->addContained(sized(4), 0x3D); // section 3, in front of section 1
+    expectNoRoom("Sections #1 and #3 overlap in the file", Severity_Warning);
+}
+
+TEST_F(LayoutGrowthTest, WhatShrinksLeavesRoom) {
+    m_One->setSize(4);
+    expectRoom();
+    m_One->setSize(0x20);
+    expectRoom();
+}
+
+TEST_F(LayoutGrowthTest, SectionsWithoutBytesAreInNobodysWay) {
+    m_Segment->addContained(sized(0x1000, SHT_NOBITS), 0x50);
+    m_Segment->addContained(sized(0), 0x50);
+    expectRoom();
+}
+
+TEST_F(LayoutGrowthTest, TheRestOfTheSegmentIsFree) {
+    m_Two->setSize(0xA0);
+    expectRoom();
+}
+
+TEST_F(LayoutGrowthTest, TheSegmentEnds) {
+    m_Two->setSize(0xA1);
+    expectNoRoom(clashOf("Segment #0 and section #2"));
+}
+
+TEST_F(LayoutGrowthTest, ASegmentThatGrowsWithItHasRoom) {
+    m_Two->setSize(0xA1);
+    m_Segment->setFileSize(0x101);
+    expectRoom();
+}
+
+TEST_F(LayoutGrowthTest, SectionsThatAreNotLoadedMayReachBeyondTheSegment) {
+    m_Two->setFlags(0);
+    m_Two->setSize(0xA1);
+    expectRoom();
+}
+
+TEST_F(LayoutGrowthTest, SegmentsThatAreNotMappedMayEndInASection) {
+    constexpr uint32_t readOnlyAfterStart = 0x6474E552;
+    Segment* const part = segmentOf(0x1060, 0x10, 1);
+    part->setType(readOnlyAfterStart);
+    m_Segment->addContained(part, 0x60);
+    part->addContained(m_Two, 0);
+    expectRoom();
+    part->setType(PT_DYNAMIC);
+    expectNoRoom(clashOf("Segment #1 and section #2"));
+}
+
+TEST_F(LayoutGrowthTest, ZerosThatBelongToNothingAreFree) {
+    RawDataBlock* const block = addRawData(0x80, 0x40);
+    m_Two->setSize(0x60);
+    expectRoom();
+    m_Two->setSize(0x61); // reaches beyond the block
+    expectRoom();
+    const uint8_t byte = 1;
+    block->write(0x3F, &byte, 1);
+    m_Two->setSize(0x5F);
+    expectRoom();
+    m_Two->setSize(0x60);
+    expectNoRoom(clashOf("Segment #0 and section #2"));
+}
+
+TEST_F(LayoutGrowthTest, RawDataInFrontIsInNobodysWay) {
+    addRawData(0x3F, 1)->getContents().getData()[0] = 1;
+    expectRoom();
+}
+
+TEST_F(LayoutGrowthTest, RawDataWithinASectionAreLost) {
+    addRawData(0x44, 8)->getContents().getData()[7] = 1;
+    expectNoRoom(clashOf("Segment #0 and section #1"));
+}
+
+TEST_F(LayoutGrowthTest, TheProgramHeadersGrowIntoASection) {
+    m_Segment->addContained(&module().getProgramHeaderTable(), 0x20);
+    expectRoom();
+    segmentOf(0, 0, 1);
+    expectNoRoom(clashOf("Segment #0 and program header table"));
+}
+
+TEST_F(LayoutGrowthTest, TheProgramHeadersOutgrowTheirSegment) {
+    Segment* const table = segmentOf(0x1080, 64, 4);
+    table->setType(PT_PHDR);
+    m_Segment->addContained(table, 0x80);
+    table->addContained(&module().getProgramHeaderTable(), 0);
+    m_Segment->addContained(&module().getProgramHeaderTable(), 0x80);
+    expectRoom();
+    segmentOf(0, 0, 1);
+    expectNoRoom(clashOf("Segment #1 and program header table"));
+}
+
+TEST_F(LayoutGrowthTest, TheSectionHeadersGrowIntoASection) {
+    m_Segment->addContained(&module().getSectionHeaderTable(), 0x80);
+    m_Segment->addContained(sized(4), 0xF8);
+    expectNoRoom(clashOf("Segment #0 and section header table"));
+}
+
+TEST_F(LayoutGrowthTest, TheElfHeaderIsInTheWay) {
+    m_Segment->addContained(&module().getElfHeader(), 0);
+    m_Segment->addContained(sized(4), header - 1);
+    expectNoRoom(clashOf("Segment #0 and ELF header"));
+}
+
+// Blocks have no distances that anybody knows, so the next one moves.
+TEST_F(LayoutGrowthTest, TheNextBlockMoves) {
+    Segment* const next = segmentOf(0x2000, 0x10, 0x1000);
+    ASSERT_TRUE(layOut());
+    EXPECT_EQ(next->getFileOffset(), 0x2000U);
+    m_Segment->setFileSize(0x1010);
+    m_Two->setSize(0xFA8);
+    expectRoom();
+    EXPECT_EQ(next->getFileOffset(), 0x3000U);
+}
+
 // --- Limits
 
 TEST_F(LayoutTest, ANarrowFileEndsBeforeFourGigabytes) {
@@ -300,15 +467,33 @@ TEST_F(LayoutTest, PlacesDoNotWrap) {
     EXPECT_FALSE(layOut());
 }
 
-// The room between parts is written, too.
+// The room between parts is written, too. A small file may have as much of it as eight large pages
+// cost; a large one more, by its contents.
 TEST_F(LayoutTest, PaddingHasALimit) {
     module().setClass(ELFCLASS64);
-    segmentOf(uint64_t{1} << 30, 0x10, uint64_t{1} << 31);
-    EXPECT_TRUE(layOut());
-    module().clear();
-    for (int i = 0; i < 2; ++i) {
-        segmentOf(uint64_t{1} << 30, 0x10, uint64_t{1} << 31);
+    constexpr uint64_t largePage = 2 << 20;
+    for (int i = 0; i < 8; ++i) {
+        segmentOf(0, 0x10, largePage);
     }
+    ASSERT_TRUE(layOut());
+    EXPECT_EQ(module().getSegment(7)->getFileOffset(), 8 * largePage);
+    module().clear();
+    segmentOf(0x40, 4, uint64_t{1} << 30);
+    EXPECT_FALSE(layOut());
+    ASSERT_EQ(m_Handler.m_Reports.size(), 1U);
+    EXPECT_EQ(m_Handler.m_Reports[0].message, "I/O error writing file: File too large");
+    module().clear();
+    sized(uint64_t{64} << 20);
+    Segment* const segment = segmentOf(0x40, 4, uint64_t{1} << 30);
+    EXPECT_TRUE(layOut());
+    EXPECT_EQ(segment->getFileOffset(), (uint64_t{1} << 30) + 0x40);
+}
+
+TEST_F(LayoutTest, DistancesHaveALimit) {
+    module().setClass(ELFCLASS64);
+    Segment* const segment = segmentOf(0, 0x10, 1);
+    segment->addContained(sized(4), uint64_t{1} << 62);
+    module().getSection(0)->setFlags(0);
     EXPECT_FALSE(layOut());
     ASSERT_EQ(m_Handler.m_Reports.size(), 1U);
     EXPECT_EQ(m_Handler.m_Reports[0].message, "I/O error writing file: File too large");
@@ -328,6 +513,55 @@ TEST_F(LayoutTest, TooManyRelationsAreOutOfMemory) {
     }
     EXPECT_FALSE(layOut());
     EXPECT_EQ(m_Handler.m_Reports, (Reports{{Severity_Fatal, "Out of memory"}}));
+}
+
+// In each of these, a look at every part for each of them would be hundreds of millions.
+constexpr uint32_t veryMany = 20000;
+
+TEST_F(LayoutTest, VeryManySegmentsWithASectionEach) {
+    for (uint32_t i = 0; i < veryMany; ++i) {
+        segmentOf(0, 4, 4)->addContained(sized(4, SHT_PROGBITS, 4), 0);
+    }
+    ASSERT_TRUE(layOut());
+    for (uint32_t i = 0; i < veryMany; ++i) {
+        ASSERT_EQ(module().getSection(i)->getFileOffset(), header + 32 * veryMany + 4 * i);
+    }
+}
+
+TEST_F(LayoutTest, VeryManySegmentsInASection) {
+    Section* const section = sized(veryMany);
+    for (uint32_t i = 0; i < veryMany; ++i) {
+        section->addContained(segmentOf(i, 1, 1), i);
+    }
+    ASSERT_TRUE(layOut());
+    for (uint32_t i = 0; i < veryMany; ++i) {
+        ASSERT_EQ(module().getSegment(i)->getFileOffset(), section->getFileOffset() + i);
+    }
+}
+
+using LayoutOfFileTest = ReaderTest;
+
+// Here the reader finds out what lies where.
+TEST_F(LayoutOfFileTest, VeryManySegmentsInOne) {
+    testsupport::ElfBuilder builder({true, true}, testsupport::elf::ET_EXEC);
+    for (uint32_t i = 0; i < veryMany; ++i) {
+        builder.add({.flags = SHF_ALLOC, .contents = "abcd", .mapped = true, .alignment = 4});
+    }
+    builder.addSegment({.firstSection = 1, .lastSection = veryMany, .alignment = 4});
+    for (uint32_t i = 1; i <= veryMany; ++i) {
+        builder.addSegment({.type = PT_NOTE, .firstSection = i, .lastSection = i, .alignment = 4});
+    }
+    ASSERT_TRUE(read(builder.bytes()));
+    std::vector<uint64_t> places;
+    for (const Section* const section : module().getSections()) {
+        places.push_back(section->getFileOffset());
+    }
+    EXPECT_TRUE(layOutElfFile(&module()));
+    EXPECT_EQ(reports(), Reports());
+    for (uint32_t i = 1; i <= veryMany; ++i) {
+        ASSERT_EQ(section(i).getFileOffset(), places[i]);
+        ASSERT_EQ(section(i).getContainerCount(), 2U);
+    }
 }
 
 TEST_F(LayoutTest, WithoutAHandlerAClashIsAFailure) {

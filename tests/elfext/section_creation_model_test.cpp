@@ -162,11 +162,13 @@ TEST_F(SectionCreationTest, ARelocationSectionIsEnteredWithItsTarget) {
 TEST_F(SectionCreationTest, AStringTableServesWhatItIsToldTo) {
     StringTableSection* const table = module().createStringTableSection(".strtab");
     EXPECT_FALSE(table->servesSectionNames());
+    EXPECT_EQ(module().getSectionNameTable(), nullptr);
     EXPECT_FALSE(table->servesSymbols());
     EXPECT_FALSE(table->servesDynamicSymbols());
     EXPECT_FALSE(table->servesDynamicSection());
     table->setServesSectionNames(true);
     EXPECT_TRUE(table->servesSectionNames());
+    EXPECT_EQ(module().getSectionNameTable(), table);
     EXPECT_FALSE(table->servesSymbols());
     table->setServesSymbols(true);
     EXPECT_TRUE(table->servesSymbols());

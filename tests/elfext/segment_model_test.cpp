@@ -192,6 +192,18 @@ TEST_F(RawDataTest, ABlockCanReferToBytesElsewhere) {
     EXPECT_EQ(bytes[0], 5U);
 }
 
+TEST_F(RawDataTest, ZerosAreTold) {
+    RawDataBlock* const block = module().createRawDataBlock(10000);
+    EXPECT_TRUE(block->isZero(0, 10000)); // nothing has been filled in
+    block->write(9000, "x", 1);
+    EXPECT_FALSE(block->isZero(0, 10000));
+    EXPECT_FALSE(block->isZero(9000, 1));
+    EXPECT_TRUE(block->isZero(0, 9000));
+    EXPECT_TRUE(block->isZero(9001, 999));
+    EXPECT_TRUE(block->isZero(9000, 0));
+    EXPECT_TRUE(block->isZero(10000, 0));
+}
+
 TEST_F(RawDataTest, PlaceInTheFile) {
     RawDataBlock* const block = module().createRawDataBlock(4);
     uint64_t offset = 1;

@@ -1,6 +1,12 @@
 // Where the writer puts a file, and what goes wrong there.
 #include <cerrno>
+#include <csignal>
 #include <cstring>
+
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include "elfext/src/write_buffer.h"
 #include "tests/elfext/model_fixtures.h"
@@ -106,6 +112,64 @@ TEST_F(WriterTest, AFileThatCannotBeMadeIsReported) {
                                                        "': " + std::strerror(ENOENT)}}));
 }
 
+// The file that is there stays whole, and nothing is left beside it.
+TEST_F(WriterTest, AFullDiskLeavesTheOldFile) {
+    makeObject();
+    m_Text->setContents(std::string(100000, 'c').data(), 100000);
+    m_Folder.write("a.o", "precious");
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    rlimit before = {};
+    ::getrlimit(RLIMIT_FSIZE, &before);
+    const rlimit limit = {4096, before.rlim_max};
+    ::setrlimit(RLIMIT_FSIZE, &limit);
+    const bool isWritten = writeElfFile(m_Folder.pathOf("a.o").c_str(), &module());
+    ::setrlimit(RLIMIT_FSIZE, &before);
+    std::signal(SIGXFSZ, handler);
+    EXPECT_FALSE(isWritten);
+    EXPECT_EQ(reports(),
+              (Reports{{Severity_Fatal, "I/O error writing file '" + m_Folder.pathOf("a.o") +
+                                            "': " + std::strerror(EFBIG)}}));
+    EXPECT_EQ(m_Folder.read("a.o"), "precious");
+    EXPECT_EQ(m_Folder.entries(), std::vector<std::string>{"a.o"});
+    EXPECT_TRUE(writeElfFile(m_Folder.pathOf("a.o").c_str(), &module()));
+}
+
+TEST_F(WriterTest, APipeIsWrittenToAndStays) {
+    makeObject();
+    const std::string path = m_Folder.pathOf("pipe");
+    ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
+    const int reader = ::open(path.c_str(), O_RDONLY | O_NONBLOCK);
+    EXPECT_TRUE(writeElfFile(path.c_str(), &module()));
+    std::string bytes(4096, '\0');
+    const ssize_t count = ::read(reader, bytes.data(), bytes.size());
+    ::close(reader);
+    bytes.resize(count > 0 ? static_cast<size_t>(count) : 0);
+    EXPECT_EQ(bytes, writtenBytes(module()));
+    struct stat status = {};
+    EXPECT_EQ(::stat(path.c_str(), &status), 0);
+    EXPECT_TRUE(S_ISFIFO(status.st_mode));
+    EXPECT_EQ(m_Folder.entries(), std::vector<std::string>{"pipe"});
+}
+
+TEST_F(WriterTest, AFolderIsNoFileToWrite) {
+    makeObject();
+    EXPECT_FALSE(writeElfFile(m_Folder.path().c_str(), &module()));
+    EXPECT_EQ(reports(), (Reports{{Severity_Fatal, "I/O error writing file '" + m_Folder.path() +
+                                                       "': " + std::strerror(EISDIR)}}));
+}
+
+TEST_F(WriterTest, ProgramsAndLibrariesMayBeExecuted) {
+    const mode_t before = ::umask(0022);
+    makeObject();
+    for (const uint32_t type : {ET_REL, ET_EXEC, ET_DYN, ET_CORE}) {
+        const std::string name = "file" + std::to_string(type);
+        module().setType(type);
+        EXPECT_TRUE(writeElfFile(m_Folder.pathOf(name).c_str(), &module()));
+        EXPECT_EQ(m_Folder.mode(name), type == ET_EXEC || type == ET_DYN ? 0755U : 0644U);
+    }
+    ::umask(before);
+}
+
 TEST_F(WriterTest, AFullDeviceIsReported) {
     makeObject();
     std::FILE* const full = std::fopen("/dev/full", "wb");
@@ -139,6 +203,21 @@ TEST_F(WriterTest, TooManySegmentsAreNotWritten) {
 }
 
 // --- The image
+
+TEST_F(WriterTest, AnImageThatNobodyTakesIsDropped) {
+    {
+        const OpenOutput output(4);
+        EXPECT_TRUE(output.isOpen());
+    }
+    OpenOutput output(4);
+    ASSERT_TRUE(output.isOpen()); // so the first is closed
+    lowlevel::writePlace(0, 4);
+    uint64_t size = 0;
+    EXPECT_NE(output.take(size), nullptr);
+    EXPECT_EQ(size, 4U);
+    EXPECT_FALSE(output.isOpen());
+    EXPECT_FALSE(OpenOutput(UINT64_MAX).isOpen());
+}
 
 TEST_F(WriterTest, TheImageGrowsAndIsZeroInBetween) {
     ASSERT_TRUE(lowlevel::openWriteBuffer(2));
