@@ -45,10 +45,11 @@ class Elf:
         address = BASE + offset if flags & 2 and self.kind != 1 else section.get("address", 0)
         entry = section.get("entry", 0)
         form = "IIQQQQIIQQ" if self.wide else "10I"
+        alignment = 1
         if section["type"] == 0:
-            offset = 0
-        return self.pack(form, name, section["type"], flags, address, offset, size, link, info, 1,
-                         entry)
+            name = offset = alignment = 0
+        return self.pack(form, name, section["type"], flags, address, offset, size, link, info,
+                         alignment, entry)
 
     def segment(self, kind, offset, size):
         if self.wide:

@@ -398,7 +398,9 @@ public:
     // Checks the module against the rules of the format beyond what a reader needs, and reports
     // each breach to the error handler. False as soon as the handler says so; true if there was
     // nothing to report, or if the handler let all of it pass. Brings the auxiliary sections up to
-    // date first.
+    // date first, so that the numbers in reports are those of the file to be written. A part that
+    // overlaps many others is reported once. Running out of memory is reported, too, and the
+    // module is then good for nothing but to be cleared or read anew.
     bool validate();
 
     // Removes everything from the model: all objects, what was gathered about them, build

@@ -26,12 +26,13 @@ struct RecordSizes {
     uint32_t rel;
     uint32_t rela;
     uint32_t dynamicEntry;
+    uint32_t half;
     uint32_t word;
     uint32_t address; // a word of the class's width
 };
 
-inline constexpr RecordSizes recordSizes32 = {52, 40, 32, 16, 8, 12, 8, 4, 4};
-inline constexpr RecordSizes recordSizes64 = {64, 64, 56, 24, 16, 24, 16, 4, 8};
+inline constexpr RecordSizes recordSizes32 = {52, 40, 32, 16, 8, 12, 8, 2, 4, 4};
+inline constexpr RecordSizes recordSizes64 = {64, 64, 56, 24, 16, 24, 16, 2, 4, 8};
 
 constexpr const RecordSizes& recordSizes(bool is64) {
     return is64 ? recordSizes64 : recordSizes32;

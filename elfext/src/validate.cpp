@@ -1,10 +1,10 @@
 // Validation: all rules in their order, and those about sections, groups, relocations and symbols.
 #include "elfext/src/validation_rules.h"
 
-#include "alloclib/interface/region_general.h"
 #include "elfext/interface/relocation.h"
 #include "elfext/src/auxiliary_state.h"
 #include "elfext/src/file_layout.h"
+#include "elfext/src/memory_guard.h"
 
 #include <algorithm>
 
@@ -245,10 +245,11 @@ struct TableForm {
     uint32_t RecordSizes::*entrySize;
 };
 constexpr TableForm tableForms[] = {
-    {SHT_SYMTAB, &RecordSizes::symbol}, {SHT_DYNSYM, &RecordSizes::symbol},
-    {SHT_REL, &RecordSizes::rel},       {SHT_RELA, &RecordSizes::rela},
-    {SHT_GROUP, &RecordSizes::word},    {SHT_SYMTAB_SHNDX, &RecordSizes::word},
-    {SHT_HASH, &RecordSizes::word},     {SHT_DYNAMIC, &RecordSizes::dynamicEntry},
+    {SHT_SYMTAB, &RecordSizes::symbol},   {SHT_DYNSYM, &RecordSizes::symbol},
+    {SHT_REL, &RecordSizes::rel},         {SHT_RELA, &RecordSizes::rela},
+    {SHT_GROUP, &RecordSizes::word},      {SHT_SYMTAB_SHNDX, &RecordSizes::word},
+    {SHT_HASH, &RecordSizes::word},       {SHT_DYNAMIC, &RecordSizes::dynamicEntry},
+    {SHT_GNU_versym, &RecordSizes::half},
 };
 
 // 0 for types whose entries may have any size.
@@ -332,13 +333,16 @@ bool checkDoubleRelocations(ObjectModule& objectModule, alloclib::Region* region
 }
 
 bool ObjectModule::validate() {
-    updateAuxiliarySections();
-    alloclib::Region* const region = alloclib::RegionGeneral::Create(1024, "Validate region");
-    const bool isGood =
-        std::all_of(std::begin(rules), std::end(rules),
-                    [this, region](ValidationRule rule) { return rule(*this, region); });
-    region->Destroy(true);
-    return isGood;
+    return reportExhaustion(*this, [this] {
+        updateAuxiliarySections();
+        if (!m_AuxiliarySectionsUpToDate) { // out of memory, which has been reported
+            return false;
+        }
+        const ScratchRegion region(1024, "Validate region");
+        return std::all_of(
+            std::begin(rules), std::end(rules),
+            [this, &region](ValidationRule rule) { return rule(*this, region.get()); });
+    });
 }
 
 } // namespace elfext

@@ -8,6 +8,7 @@
 #include "elfext/interface/fast_array.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace elfext {
 namespace {
@@ -82,9 +83,27 @@ const Segment* firstOfType(const ObjectModule& objectModule, uint32_t type) {
     return nullptr;
 }
 
-// --- One segment of a type, in front of those that are loaded
-
+// Two parts of the module are at odds.
 using PairReport = bool (ErrorHandler::*)(ObjectModule*, uint32_t, uint32_t);
+
+// Reports each stretch that overlaps one in front of it, once: with the one that reaches farthest.
+bool checkOverlap(ObjectModule& objectModule, Stretches& stretches, PairReport report) {
+    sortByStart(stretches);
+    Stretch farthest;
+    for (const Stretch& stretch : stretches) {
+        if (stretch.start < farthest.end &&
+            !askHandler(objectModule, report, std::min(farthest.number, stretch.number),
+                        std::max(farthest.number, stretch.number))) {
+            return false;
+        }
+        if (stretch.end > farthest.end) {
+            farthest = stretch;
+        }
+    }
+    return true;
+}
+
+// --- One segment of a type, in front of those that are loaded
 
 bool checkSingle(ObjectModule& objectModule, uint32_t type, PairReport report) {
     const Segment* const first = firstOfType(objectModule, type);
@@ -98,10 +117,17 @@ bool checkSingle(ObjectModule& objectModule, uint32_t type, PairReport report) {
 }
 
 bool checkBeforeLoad(ObjectModule& objectModule, uint32_t type, PairReport report) {
-    const Segment* const first = firstOfType(objectModule, type);
     const Segment* const load = firstOfType(objectModule, PT_LOAD);
-    return first == nullptr || load == nullptr || first->getIndex() < load->getIndex() ||
-           askHandler(objectModule, report, load->getIndex(), first->getIndex());
+    if (load == nullptr) {
+        return true;
+    }
+    for (const Segment* const segment : objectModule.getSegments()) {
+        if (segment->getType() == type && load->getIndex() < segment->getIndex() &&
+            !askHandler(objectModule, report, load->getIndex(), segment->getIndex())) {
+            return false;
+        }
+    }
+    return true;
 }
 
 uint64_t tableSize(const ObjectModule& objectModule) {
@@ -123,6 +149,8 @@ bool checkPhdrSizes(ObjectModule& objectModule) {
 
 } // namespace
 
+// Each is held against the highest one in front of it in the file. Those at one place of the file
+// stand in their order of memory, so that none of them hides a breach of another or is one itself.
 bool checkSegmentOrder(ObjectModule& objectModule, alloclib::Region* region) {
     fast_array<const Segment*> segments(region);
     for (const Segment* const segment : objectModule.getSegments()) {
@@ -132,22 +160,21 @@ bool checkSegmentOrder(ObjectModule& objectModule, alloclib::Region* region) {
     }
     std::stable_sort(segments.begin(), segments.end(),
                      [](const Segment* left, const Segment* right) {
-                         return left->getFileOffset() < right->getFileOffset();
+                         return std::pair(left->getFileOffset(), left->getVirtualAddress()) <
+                                std::pair(right->getFileOffset(), right->getVirtualAddress());
                      });
-    for (uint32_t i = 1; i < segments.getSize(); ++i) {
-        const Segment& before = *segments[i - 1];
-        const Segment& after = *segments[i];
-        if (before.getFileOffset() < after.getFileOffset() &&
-            before.getVirtualAddress() > after.getVirtualAddress() &&
-            !askHandler(objectModule, &ErrorHandler::segmentsOutOfOrder, before.getIndex(),
-                        after.getIndex())) {
+    const Segment* highest = nullptr;
+    for (const Segment* const segment : segments) {
+        if (highest == nullptr || segment->getVirtualAddress() >= highest->getVirtualAddress()) {
+            highest = segment;
+        } else if (!askHandler(objectModule, &ErrorHandler::segmentsOutOfOrder, highest->getIndex(),
+                               segment->getIndex())) {
             return false;
         }
     }
     return true;
 }
 
-// Reports every pair, those that start first in the file first.
 bool checkSectionOverlap(ObjectModule& objectModule, alloclib::Region* region) {
     Stretches stretches(region);
     for (const Section* const section : objectModule.getSections()) {
@@ -156,18 +183,7 @@ bool checkSectionOverlap(ObjectModule& objectModule, alloclib::Region* region) {
                                       section->getIndex()));
         }
     }
-    sortByStart(stretches);
-    for (uint32_t i = 0; i < stretches.getSize(); ++i) {
-        for (uint32_t k = i + 1; k < stretches.getSize() && stretches[k].start < stretches[i].end;
-             ++k) {
-            if (!askHandler(objectModule, &ErrorHandler::sectionsOverlap,
-                            std::min(stretches[i].number, stretches[k].number),
-                            std::max(stretches[i].number, stretches[k].number))) {
-                return false;
-            }
-        }
-    }
-    return true;
+    return checkOverlap(objectModule, stretches, &ErrorHandler::sectionsOverlap);
 }
 
 bool checkSingleSegments(ObjectModule& objectModule, alloclib::Region* /*region*/) {
@@ -194,20 +210,7 @@ bool checkSegmentOverlap(ObjectModule& objectModule, alloclib::Region* region) {
                                       segment->getIndex()));
         }
     }
-    sortByStart(stretches);
-    Stretch farthest;
-    for (const Stretch& stretch : stretches) {
-        if (stretch.start < farthest.end &&
-            !askHandler(objectModule, &ErrorHandler::segmentsOverlap,
-                        std::min(farthest.number, stretch.number),
-                        std::max(farthest.number, stretch.number))) {
-            return false;
-        }
-        if (stretch.end > farthest.end) {
-            farthest = stretch;
-        }
-    }
-    return true;
+    return checkOverlap(objectModule, stretches, &ErrorHandler::segmentsOverlap);
 }
 
 bool checkSegmentCongruence(ObjectModule& objectModule, alloclib::Region* /*region*/) {
