@@ -83,6 +83,7 @@ enum SectionType : uint32_t {
     SHT_GROUP = 17,
     SHT_SYMTAB_SHNDX = 18,
     SHT_LOOS = 0x60000000,
+    SHT_GNU_HASH = 0x6FFFFFF6,
     SHT_GNU_LIBLIST = 0x6FFFFFF7,
     SHT_GNU_verdef = 0x6FFFFFFD,
     SHT_GNU_verneed = 0x6FFFFFFE,
@@ -193,7 +194,10 @@ enum DynamicTag : uint32_t {
     DT_FLAGS = 30,
     DT_PREINIT_ARRAY = 32,
     DT_PREINIT_ARRAYSZ = 33,
+    DT_GNU_HASH = 0x6FFFFEF5,
     DT_VERSYM = 0x6FFFFFF0,
+    DT_RELACOUNT = 0x6FFFFFF9, // how many relative relocations come first
+    DT_RELCOUNT = 0x6FFFFFFA,
     DT_VERDEF = 0x6FFFFFFC,
     DT_VERDEFNUM = 0x6FFFFFFD,
     DT_VERNEED = 0x6FFFFFFE,
@@ -218,6 +222,15 @@ enum NoteType : uint32_t {
 enum VersionFlag : uint32_t {
     VER_FLG_BASE = 0x1, // the version of the file itself
     VER_FLG_WEAK = 0x2,
+};
+
+// Numbers in the table of symbol versions. Those that stand for no version tell local and global
+// symbols apart.
+enum VersionNumber : uint32_t {
+    VER_NDX_LOCAL = 0,
+    VER_NDX_GLOBAL = 1,
+    VERSYM_VERSION = 0x7FFF, // the part that is the number
+    VERSYM_HIDDEN = 0x8000,  // not found by who asks for no version
 };
 
 } // namespace elfext

@@ -378,19 +378,44 @@ public:
     // Removes the objects that `criteria` match, and keeps the rest consistent. Global symbols
     // that were defined in a section that goes become undefined, local ones and the section's own
     // go with it; relocations against a symbol that goes keep their place but have no symbol any
-    // more; raw data goes with its segment. What stays keeps its order. Pointers to what went stay
-    // readable as long as the module, but belong to nothing.
+    // more; raw data goes with its segment. What stays keeps its order, and links and infos that
+    // name a section (`getLink`, `getInfoSection`) name the same one under its new number, or none
+    // if it has gone. Pointers to what went stay readable as long as the module, but belong to
+    // nothing.
+    //
+    // Nothing is changed in contents that the library does not make itself. Code that counts the
+    // relocations of its table, as that for calls between files does, counts wrong once one in
+    // front is removed; without its symbol such a relocation keeps the place of the others.
     void prune(PruneCriteria& criteria);
 
     // --- What is computed from the model. See also `elf_layout.h` and
     // `elf_object_module_writer.h`.
 
     // Brings the auxiliary sections up to date with the lists of the model, unless they are:
-    // contents, sizes, links and infos of the tables that are there are made anew, tables that are
-    // needed are made, and those that are not in use any more are removed. Local symbols move in
-    // front of the others. A table that lies in a segment keeps its place, and its texts theirs.
-    // Where a group or a table had to be made, the order of sections is settled as well.
-    void updateAuxiliarySections();
+    // contents, sizes, links and infos of the tables in use are made anew, tables that are needed
+    // are made, and those that are not in use any more are removed: further tables of a kind that
+    // there is one of, hash tables of no table of symbols, tables of relocations that have none or
+    // no target any more, sections of groups that have gone, string tables and tables of extended
+    // indexes that served a table and serve none now. A table in use stays the object that it is,
+    // since links, segments and the program itself may refer to it. One that lies in a segment
+    // keeps its place, and its texts theirs. Local symbols move in front of the others. Where a
+    // group or a table had to be made, the order of sections is settled as well.
+    //
+    // Of what dynamic files have beside these:
+    //  - the second hash table (SHT_GNU_HASH) is made anew if it does not fit the dynamic symbols
+    //    any more, and they are put into the order that it needs;
+    //  - tags of the dynamic section that tell of a table follow it, and go with it; those that
+    //    nothing in the model or among its sections stands behind stay;
+    //  - notes that tell the segments of sections are made anew if they are wrong.
+    //
+    // An attributes section that the reader could make nothing of keeps its bytes, unless the
+    // program states attributes. All other contents are nobody's but the program's: sections of
+    // kinds unknown here that number sections or symbols, such as lists of symbols whose addresses
+    // count, tell of the old numbers.
+    //
+    // False if memory has run out, which is reported. The tables may be half made then, and the
+    // module is good for nothing but to be cleared or read anew.
+    bool updateAuxiliarySections();
     // Puts the sections into the order that linkers expect: the null section, which is made if
     // there is none, then groups, then all others in their present order with each table of
     // static relocations behind its target, then the static symbols and their tables.
@@ -545,6 +570,8 @@ private:
     SectionArray m_DynamicSections;
     SectionArray m_DebugOverlaySections;
     SectionArray m_BuildAttributesSections;
+    // Where sections were in memory that are removed. The dynamic section may tell of them.
+    fast_array<uint64_t> m_RemovedAddresses;
     bool m_AuxiliarySectionsUpToDate = false;
     bool m_SymbolListsSorted = true;
     SymbolArray m_SymbolsSortedByAddress;

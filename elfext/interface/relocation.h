@@ -35,6 +35,9 @@ public:
     void setAddend(uint64_t addend);
     // Changes the form. The addend that comes with it, or is lost, is 0.
     void setHasAddend(bool hasAddend);
+    // The number of the table that the relocation was read from; see
+    // RelocationSection::getTableNumber. 0 for one that comes from no file.
+    uint16_t getTableNumber() const { return m_TableNumber; }
 
 private:
     friend class Section;
@@ -47,6 +50,7 @@ private:
     Symbol* m_Target;
     uint16_t m_Type;
     uint16_t m_UpperType = 0;
+    uint16_t m_TableNumber = 0;
     bool m_IsDynamic;
     bool m_HasAddend = false;
 };

@@ -77,6 +77,10 @@ public:
     const char* getName() const { return m_Name; }
     // Copies the name, unless it lies in the image that the module refers to.
     void setName(const char* name);
+    // Where the name stands in the table of section names, as of the read or of the last update of
+    // the auxiliary sections.
+    uint32_t getNameOffset() const { return m_NameOffset; }
+    void setNameOffset(uint32_t offset) { m_NameOffset = offset; }
     uint32_t getType() const { return m_Type; }
     uint32_t getFlags() const { return m_Flags; }
     void setFlags(uint32_t flags);
@@ -96,8 +100,16 @@ public:
     // The section that `sh_link` names, or null.
     Section* getLink() const { return m_Link; }
     void setLink(Section* link);
-    uint32_t getInfo() const { return m_Info; }
+    // What `sh_info` says. Where that is a section, it is its present number.
+    uint32_t getInfo() const {
+        return m_InfoSection != nullptr ? m_InfoSection->getIndex() : m_Info;
+    }
+    // A plain number from now on.
     void setInfo(uint32_t info);
+    // The section that `sh_info` names by its number (SHF_INFO_LINK), or null. Relocation sections
+    // have a target instead.
+    Section* getInfoSection() const { return m_InfoSection; }
+    void setInfoSection(Section* section);
     uint64_t getFileOffset() const { return m_FileOffset; }
     bool isFileOffsetKnown() const { return m_FileOffsetKnown; }
     // The section has outgrown its place; layout gives it another.
@@ -200,6 +212,7 @@ public:
         Symbol* m_Target = nullptr;
         uint16_t m_Type = 0;
         uint16_t m_UpperType = 0;
+        uint16_t m_TableNumber = 0;
         bool m_HasAddend = false;
         bool m_IsDynamic = false;
     };
@@ -260,7 +273,9 @@ private:
     uint64_t m_Alignment = 0;
     uint64_t m_EntrySize = 0;
     Section* m_Link = nullptr;
+    Section* m_InfoSection = nullptr;
     uint32_t m_Info = 0;
+    uint32_t m_NameOffset = 0;
     mutable uint32_t m_Index = 0;
     uint64_t m_FileOffset = 0;
     Buffer m_Contents;

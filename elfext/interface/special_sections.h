@@ -78,11 +78,17 @@ public:
     bool isDynamic() const { return m_IsDynamic; }
     // Sets both, and enters this section with its target, which forgets it if it is set anew.
     void setTarget(Section* target, bool isDynamic);
+    // Tells the tables that were read for one target apart, from 1 on: their relocations go back to
+    // the table of their number. 0 for a table that comes from no file. From the highest number on
+    // tables are no longer told apart.
+    uint16_t getTableNumber() const { return m_TableNumber; }
+    void setTableNumber(uint16_t number) { m_TableNumber = number; }
 
 private:
     friend class Pruner;
 
     Section* m_Target = nullptr;
+    uint16_t m_TableNumber = 0;
     bool m_IsDynamic = false;
 };
 
@@ -138,7 +144,16 @@ class PreemptionMapSection : public TypedSection<SHT_QEL_PREEMPTMAP> {
 };
 
 class BuildAttributesSection : public TypedSection<SHT_QEL_ATTRIBUTES> {
+public:
     using TypedSection::TypedSection;
+
+    // False for a section of a file that the reader could make nothing of and left out. It stays
+    // as it is for as long as the program states no attributes of its own.
+    bool isUnderstood() const { return m_IsUnderstood; }
+    void setIsUnderstood(bool isUnderstood) { m_IsUnderstood = isUnderstood; }
+
+private:
+    bool m_IsUnderstood = true;
 };
 
 class DebugOverlaySection : public TypedSection<SHT_QEL_DEBUGOVERLAY> {

@@ -6,6 +6,7 @@
 // module's list of all symbols.
 #pragma once
 
+#include "elfext/interface/elf_constants.h"
 #include "elfext/interface/fast_array.h"
 #include "elfext/interface/object_with_build_attributes.h"
 
@@ -119,6 +120,15 @@ public:
         return m_SymbolVersionRequirement;
     }
     void setSymbolVersionRequirement(SymbolVersionRequirement* requirement);
+    // What a file's table of versions says of a dynamic symbol: a number and the bit that hides the
+    // symbol from whoever asks for no version. Where there is a definition or a requirement, the
+    // number is theirs, and only the bit counts here. NoVersionEntry for a symbol of no file.
+    static constexpr uint16_t NoVersionEntry = UINT16_MAX;
+    uint16_t getVersionEntry() const { return m_VersionEntry; }
+    void setVersionEntry(uint16_t entry);
+    bool isVersionHidden() const {
+        return m_VersionEntry != NoVersionEntry && (m_VersionEntry & VERSYM_HIDDEN) != 0;
+    }
     // A related symbol of the same module, or null.
     Symbol* getLinkedSymbol() const { return m_LinkedSymbol; }
     void setLinkedSymbol(Symbol* symbol);
@@ -140,6 +150,7 @@ private:
 
     bool m_IsDynamic;
     uint8_t m_OtherBits = 0;
+    uint16_t m_VersionEntry = NoVersionEntry;
     Category m_Category = Category_Undefined;
     const char* m_Name; // in the object region or in the image
     uint64_t m_Size;

@@ -52,6 +52,14 @@ bool injectSection(ReadState& state, uint32_t section) {
     return true;
 }
 
+// Notes that nothing of a section has been taken over, if it is one of attributes.
+void leaveOut(const ReadState& state, uint32_t section) {
+    if (state.m_SectionHeaders[section].sh_type == SHT_QEL_ATTRIBUTES) {
+        static_cast<BuildAttributesSection*>(state.m_Module.getSection(section))
+            ->setIsUnderstood(false);
+    }
+}
+
 // `isParsed` tells whether a section has been taken. After a corrupted one nothing counts.
 bool readSections(ReadState& state, bool& isParsed) {
     for (uint32_t i = 0; i < state.sectionCount(); ++i) {
@@ -60,6 +68,7 @@ bool readSections(ReadState& state, bool& isParsed) {
         }
         state.m_Properties |= ModuleProperty_BuildAttributesSection;
         if (state.m_IsBadSection[i]) {
+            leaveOut(state, i);
             continue;
         }
         if (!state.spendBytes(state.contents(i).size())) {
@@ -73,6 +82,9 @@ bool readSections(ReadState& state, bool& isParsed) {
             return false;
         }
         dropAllAttributes(state.m_Module);
+        for (uint32_t k = 0; k < state.sectionCount(); ++k) {
+            leaveOut(state, k);
+        }
         isParsed = false;
         break;
     }

@@ -234,11 +234,16 @@ bool needsAttributesSection(ObjectModule& objectModule) {
            std::any_of(objectModule.getSymbols().begin(), objectModule.getSymbols().end(), states);
 }
 
+// An empty section that has nothing to tell stays empty.
 void fillBuildAttributes(AuxiliaryState& state) {
-    const ObjectModule::SectionArray& sections = state.m_Module.getBuildAttributesSections();
-    if (sections.getSize() != 0) {
-        state.setTable(*sections[0], AttributesWriter(state).write(), sections[0]->getEntrySize());
+    if (state.m_Attributes == nullptr) {
+        return;
     }
+    const RecordBytes bytes = AttributesWriter(state).write();
+    if (bytes.size() != sizeof formatVersion || state.m_Attributes->getContentsSize() != 0) {
+        state.setTable(*state.m_Attributes, bytes, state.m_Attributes->getEntrySize());
+    }
+    state.m_Attributes->setIsUnderstood(true);
 }
 
 } // namespace elfext

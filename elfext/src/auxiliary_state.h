@@ -5,21 +5,16 @@
 #include "elfext/interface/object_module.h"
 #include "elfext/src/file_layout.h"
 #include "elfext/src/record_bytes.h"
+#include "elfext/src/relocation_tags.h"
 #include "elfext/src/string_table_builder.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <deque>
 #include <utility>
 #include <vector>
 
 namespace elfext {
-
-// A table of relocations that has changed its size: the dynamic section tells of it.
-struct ResizedTable {
-    uint64_t m_Address = 0;
-    uint64_t m_OldSize = 0;
-    uint64_t m_Size = 0;
-};
 
 // The part of a section's relocations that goes into one table.
 struct RelocationShare {
@@ -34,6 +29,13 @@ struct TableTexts {
     StringTableSection* table;
     StringTableBuilder builder;
 };
+
+// The string table that a section, which may be null, is linked to; null if that is none.
+inline StringTableSection* linkedStrings(const Section* section) {
+    Section* const link = section != nullptr ? section->getLink() : nullptr;
+    return link != nullptr && link->getType() == SHT_STRTAB ? static_cast<StringTableSection*>(link)
+                                                            : nullptr;
+}
 
 class AuxiliaryState {
 public:
@@ -55,13 +57,29 @@ public:
     StringTableSection* m_SymbolNames = nullptr;
     StringTableSection* m_DynamicNames = nullptr; // of symbols, versions and preemptions
     DynamicSection* m_Dynamic = nullptr;
-    std::vector<ResizedTable> m_ResizedTables;
+    Section* m_GnuHash = nullptr;
+    BuildAttributesSection* m_Attributes = nullptr;
+    RelocationTags m_RelocationTags;
+    std::vector<uint64_t> m_RemovedAddresses; // of sections that were in memory, ascending
 
     RecordBytes makeBytes() const { return {m_Is64, m_IsLittleEndian}; }
 
     // True for a section with a settled place in memory: others refer to its addresses.
     bool isPlaced(const Section& section) const {
         return (section.getFlags() & SHF_ALLOC) != 0 && m_Module.getSegmentCount() != 0;
+    }
+
+    // True if a section has been removed that lay in these `size` bytes of memory.
+    bool wasRemoved(uint64_t address, uint64_t size) const {
+        const auto next =
+            std::lower_bound(m_RemovedAddresses.begin(), m_RemovedAddresses.end(), address);
+        return next != m_RemovedAddresses.end() && *next - address < size;
+    }
+
+    // The texts of the dynamic section, which need not be those of the dynamic symbols.
+    StringTableSection* dynamicSectionTexts() const {
+        StringTableSection* const linked = linkedStrings(m_Dynamic);
+        return linked != nullptr ? linked : m_DynamicNames;
     }
 
     // The builder of a string table; made when it is asked for first.
@@ -77,6 +95,12 @@ public:
 
     std::deque<TableTexts> m_Texts; // references into it stay good
 };
+
+// The size of a relocation in a table.
+inline uint64_t entrySizeOf(const RelocationSection& table) {
+    const RecordSizes& sizes = recordSizes(table.getObjectModule()->is64Bit());
+    return table.hasAddends() ? sizes.rela : sizes.rel;
+}
 
 // True if a relocation of this section belongs to those of calls between files.
 bool isPltOrGot(const Section& section);
@@ -95,6 +119,12 @@ void fillSymbolTable(AuxiliaryState& state, SymbolTableSection& table);
 void fillRelocations(AuxiliaryState& state);
 void fillGroups(AuxiliaryState& state);
 void fillDebugOverlay(AuxiliaryState& state);
+
+// Brings the second hash table of the dynamic symbols up to date, unless it is, which takes an
+// order of `symbols` that it can tell of. True if they have another order now.
+bool updateGnuHash(AuxiliaryState& state, ObjectModule::SymbolArray& symbols);
+
+void fillSegmentNotes(AuxiliaryState& state);
 
 // True if the module holds versions, so that its version sections are made anew; others stay as
 // they were read.

@@ -3,11 +3,13 @@
 
 #include "elfext/interface/relocation.h"
 #include "elfext/interface/version_records.h"
+#include "elfext/src/gnu_hash_table.h"
 
 #include <algorithm>
 #include <array>
 #include <cstdio>
 #include <cstring>
+#include <unordered_map>
 
 namespace elfext {
 namespace {
@@ -105,13 +107,16 @@ void fillIndexTable(AuxiliaryState& state, SymbolTableSection& table, ShndxSecti
     extension.setLink(&table);
 }
 
-// A table that is there keeps its number of buckets if that fits.
+// A table that is there keeps its number of buckets if that fits. In memory it always does: with
+// more of them the table could reach into what follows it.
 uint32_t bucketCountOf(const AuxiliaryState& state, const HashSection& hash, uint32_t entryCount) {
     const Buffer& old = hash.getLoadedContents();
     const uint64_t wordSize = state.m_Sizes.word;
     if (old.getSize() >= 2 * wordSize) {
         const uint32_t count = old.getUnalignedUint32(0);
-        if (count != 0 && old.getSize() == wordSize * (uint64_t{2} + count + entryCount)) {
+        const uint32_t oldEntryCount = old.getUnalignedUint32(wordSize);
+        if (count != 0 && old.getSize() == wordSize * (uint64_t{2} + count + oldEntryCount) &&
+            (oldEntryCount == entryCount || state.isPlaced(hash))) {
             return count;
         }
     }
@@ -152,27 +157,31 @@ struct RelocationKind {
     std::vector<RelocationSection*> tables;
 };
 
-uint64_t entrySizeOf(const RelocationSection& table) {
-    const RecordSizes& sizes = recordSizes(table.getObjectModule()->is64Bit());
-    return table.hasAddends() ? sizes.rela : sizes.rel;
-}
-
-// Several tables of a kind are filled one after the other, each with as many entries as it had; the
-// last one takes what is left.
+// Several tables of a kind get what was read from them; what comes from elsewhere goes into the
+// last one.
 void shareOut(const RelocationKind& kind, std::vector<RelocationShare>& shares) {
-    size_t next = 0;
-    for (size_t i = 0; i < kind.tables.size(); ++i) {
-        RelocationSection* const table = kind.tables[i];
-        const uint64_t left = kind.relocations.size() - next;
-        const uint64_t room =
-            i + 1 < kind.tables.size() ? table->getContentsSize() / entrySizeOf(*table) : left;
-        const auto count = static_cast<size_t>(std::min(left, room));
-        const auto first = kind.relocations.begin() + static_cast<std::ptrdiff_t>(next);
-        shares.push_back({table, {first, first + static_cast<std::ptrdiff_t>(count)}});
-        next += count;
+    if (kind.tables.empty()) {
+        if (!kind.relocations.empty()) {
+            shares.push_back({nullptr, kind.relocations});
+        }
+        return;
     }
-    if (kind.tables.empty() && !kind.relocations.empty()) {
-        shares.push_back({nullptr, kind.relocations});
+    const size_t first = shares.size();
+    std::unordered_map<uint16_t, size_t> shareOfTable;
+    for (RelocationSection* const table : kind.tables) {
+        if (table->getTableNumber() != 0) {
+            shareOfTable.try_emplace(table->getTableNumber(), shares.size());
+        }
+        shares.push_back({table, {}});
+    }
+    if (shares.size() == first + 1) {
+        shares.back().m_Relocations = kind.relocations;
+        return;
+    }
+    for (const Relocation* const relocation : kind.relocations) {
+        const auto share = shareOfTable.find(relocation->getTableNumber());
+        const size_t number = share != shareOfTable.end() ? share->second : shares.size() - 1;
+        shares[number].m_Relocations.push_back(relocation);
     }
 }
 
@@ -189,13 +198,9 @@ void fillRelocationTable(AuxiliaryState& state, const RelocationShare& share, Se
         record.r_addend = relocation->hasAddend() ? relocation->getAddend() : 0;
         bytes.relocation(record, table.hasAddends());
     }
-    const uint64_t oldSize = table.getContentsSize();
     state.setTable(table, bytes, entrySize);
     table.setInfo(target.getIndex());
     table.setLink(table.isDynamic() ? state.m_Dynsym : state.m_Symtab);
-    if (table.isDynamic() && oldSize != bytes.size()) {
-        state.m_ResizedTables.push_back({table.getAddress(), oldSize, bytes.size()});
-    }
 }
 
 } // namespace
@@ -247,6 +252,28 @@ void fillSymbolTable(AuxiliaryState& state, SymbolTableSection& table) {
     if (table.getHashSection() != nullptr) {
         fillHash(state, table, *table.getHashSection());
     }
+}
+
+// Bytes that are no such table are left to whoever made them.
+bool updateGnuHash(AuxiliaryState& state, ObjectModule::SymbolArray& symbols) {
+    Section* const section = state.m_GnuHash;
+    if (section == nullptr || section->hasExternalContents()) {
+        return false;
+    }
+    const Buffer* const bytes = section->getContents();
+    if (bytes == nullptr) {
+        return false;
+    }
+    const std::optional<GnuHashTable> table =
+        GnuHashTable::read({bytes->getData(), static_cast<size_t>(bytes->getSize())}, state.m_Is64,
+                           state.m_IsLittleEndian);
+    if (!table.has_value() || table->isOf(symbols)) {
+        return false;
+    }
+    table->sort(symbols);
+    const RecordBytes contents = table->make(symbols);
+    state.setContents(*section, contents.data(), contents.size());
+    return true;
 }
 
 std::vector<RelocationShare> shareRelocations(Section& target) {

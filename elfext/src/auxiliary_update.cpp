@@ -6,9 +6,9 @@
 // tables are filled.
 #include "elfext/src/auxiliary_state.h"
 
-#include "alloclib/interface/region_general.h"
 #include "elfext/interface/prune_criteria.h"
 #include "elfext/interface/relocation.h"
+#include "elfext/src/memory_guard.h"
 #include "elfext/src/stray_section_criteria.h"
 
 #include <algorithm>
@@ -47,11 +47,18 @@ Kind* firstOf(const ObjectModule::SectionArray& sections) {
     return sections.getSize() != 0 ? static_cast<Kind*>(sections[0]) : nullptr;
 }
 
-// The string table that a section is linked to.
-StringTableSection* stringsOf(const Section* section) {
-    Section* const link = section != nullptr ? section->getLink() : nullptr;
-    return link != nullptr && link->getType() == SHT_STRTAB ? static_cast<StringTableSection*>(link)
-                                                            : nullptr;
+// The attributes section that is made anew: one that nobody understood only if there is no other,
+// and something to say.
+BuildAttributesSection* findAttributesSection(ObjectModule& objectModule) {
+    const ObjectModule::SectionArray& sections = objectModule.getBuildAttributesSections();
+    for (Section* const section : sections) {
+        auto* const attributes = static_cast<BuildAttributesSection*>(section);
+        if (attributes->isUnderstood()) {
+            return attributes;
+        }
+    }
+    return needsAttributesSection(objectModule) ? firstOf<BuildAttributesSection>(sections)
+                                                : nullptr;
 }
 
 } // namespace
@@ -65,10 +72,14 @@ public:
         loadRelocations();
         findTables();
         removeStrays();
+        noteRemoved();
         makeTables();
         settleSignatures();
         putLocalsFirst(m_Module.m_Symbols);
         putLocalsFirst(m_Module.m_DynamicSymbols);
+        if (updateGnuHash(m_State, m_Module.m_DynamicSymbols)) {
+            m_Module.m_SymbolListsSorted = false;
+        }
         numberSignatures();
         if (m_IsOrderOpen) {
             m_Module.imposeSectionOrder();
@@ -76,6 +87,7 @@ public:
         startTexts();
         addTexts();
         fill();
+        m_Module.m_RemovedAddresses.clear();
     }
 
 private:
@@ -93,15 +105,26 @@ private:
         m_State.m_Dynsym = firstOf<SymbolTableSection>(m_Module.m_DynsymSections);
         m_State.m_Dynamic = firstOf<DynamicSection>(m_Module.m_DynamicSections);
         m_State.m_SectionNames = m_Module.getSectionNameTable();
-        m_State.m_SymbolNames = stringsOf(m_State.m_Symtab);
+        m_State.m_SymbolNames = linkedStrings(m_State.m_Symtab);
         for (const Section* const user : {static_cast<const Section*>(m_State.m_Dynsym),
                                           static_cast<const Section*>(m_State.m_Dynamic),
                                           firstOf<const Section>(m_Module.m_PreemptionMapSections),
                                           firstOf<const Section>(m_Module.m_VerdefSections),
                                           firstOf<const Section>(m_Module.m_VerneedSections)}) {
             if (m_State.m_DynamicNames == nullptr) {
-                m_State.m_DynamicNames = stringsOf(user);
+                m_State.m_DynamicNames = linkedStrings(user);
             }
+        }
+        for (Section* const section : m_Module.m_Sections) {
+            const bool isOfSymbols =
+                section->getType() == SHT_GNU_HASH && section->getLink() == m_State.m_Dynsym;
+            if (isOfSymbols && m_State.m_Dynsym != nullptr && m_State.m_GnuHash == nullptr) {
+                m_State.m_GnuHash = section;
+            }
+        }
+        m_State.m_Attributes = findAttributesSection(m_Module);
+        if (m_State.m_Dynamic != nullptr) {
+            m_State.m_RelocationTags.note(m_State);
         }
     }
 
@@ -114,13 +137,15 @@ private:
             strays.addSection(section);
             ++count;
         };
-        for (const auto* const list :
-             {&m_Module.m_SymtabSections, &m_Module.m_DynsymSections,
-              &m_Module.m_DebugOverlaySections, &m_Module.m_BuildAttributesSections}) {
+        for (const auto* const list : {&m_Module.m_SymtabSections, &m_Module.m_DynsymSections,
+                                       &m_Module.m_DebugOverlaySections}) {
             for (uint32_t i = 1; i < list->getSize(); ++i) {
                 remove((*list)[i]);
             }
         }
+        removeTwinsOfVersions(remove);
+        removeHashSections(remove);
+        removeAttributesSections(remove);
         removeGroupSections(remove);
         for (Section* const section : m_Module.m_Sections) {
             const RelocationSection* const table = section->asRelocationSection();
@@ -138,6 +163,54 @@ private:
         if (count != 0) {
             m_Module.prune(strays);
         }
+    }
+
+    // Of several sections the reader takes the last one.
+    template <typename Remove>
+    void removeTwinsOfVersions(Remove remove) {
+        if (!hasVersions(m_Module)) {
+            return;
+        }
+        for (const auto* const list : {&m_Module.m_VerdefSections, &m_Module.m_VerneedSections,
+                                       &m_Module.m_VersymSections}) {
+            for (uint32_t i = 0; i + 1 < list->getSize(); ++i) {
+                remove((*list)[i]);
+            }
+        }
+    }
+
+    // Those that no table of symbols in use has.
+    template <typename Remove>
+    void removeHashSections(Remove remove) {
+        const HashSection* const inUse =
+            m_State.m_Dynsym != nullptr ? m_State.m_Dynsym->getHashSection() : nullptr;
+        for (const Section* const section : m_Module.m_HashSections) {
+            if (section != inUse) {
+                remove(section);
+            }
+        }
+    }
+
+    // Their statements are in the model, so the one in use will hold them. Sections that nobody
+    // understood stay, unless one of them makes way for what the program states.
+    template <typename Remove>
+    void removeAttributesSections(Remove remove) {
+        const bool isUsedAnew =
+            m_State.m_Attributes != nullptr && !m_State.m_Attributes->isUnderstood();
+        for (const Section* const section : m_Module.m_BuildAttributesSections) {
+            if (section != m_State.m_Attributes &&
+                (isUsedAnew ||
+                 static_cast<const BuildAttributesSection*>(section)->isUnderstood())) {
+                remove(section);
+            }
+        }
+    }
+
+    // Tags of the dynamic section tell of them.
+    void noteRemoved() {
+        m_State.m_RemovedAddresses.assign(m_Module.m_RemovedAddresses.begin(),
+                                          m_Module.m_RemovedAddresses.end());
+        std::sort(m_State.m_RemovedAddresses.begin(), m_State.m_RemovedAddresses.end());
     }
 
     // Those that no group stands behind.
@@ -214,8 +287,8 @@ private:
             m_Module.m_DebugOverlaySections.getSize() == 0) {
             made(m_Module.createDebugOverlaySection());
         }
-        if (m_Module.m_BuildAttributesSections.getSize() == 0 && needsAttributesSection(m_Module)) {
-            made(m_Module.createBuildAttributesSection());
+        if (m_State.m_Attributes == nullptr && needsAttributesSection(m_Module)) {
+            m_State.m_Attributes = made(m_Module.createBuildAttributesSection());
         }
         makeStaticSymbols();
         makeSectionNames();
@@ -402,7 +475,7 @@ private:
     void startTexts() {
         for (StringTableSection* const table :
              {m_State.m_SectionNames, m_State.m_SymbolNames, m_State.m_DynamicNames,
-              stringsOf(m_State.m_Dynamic)}) {
+              linkedStrings(m_State.m_Dynamic)}) {
             if (table != nullptr) {
                 m_State.textsOf(table);
             }
@@ -442,8 +515,7 @@ private:
         if (m_State.m_Dynsym != nullptr && m_State.m_DynamicNames != nullptr) {
             m_State.m_DynamicNames->setServesDynamicSymbols(true);
         }
-        StringTableSection* const linked = stringsOf(m_State.m_Dynamic);
-        StringTableSection* const ofDynamic = linked != nullptr ? linked : m_State.m_DynamicNames;
+        StringTableSection* const ofDynamic = m_State.dynamicSectionTexts();
         if (m_State.m_Dynamic != nullptr && ofDynamic != nullptr) {
             ofDynamic->setServesDynamicSection(true);
         }
@@ -466,6 +538,7 @@ private:
             builder.build();
             m_State.setContents(*table, builder.bytes().data(), builder.bytes().size());
         }
+        nameSections();
         for (SymbolTableSection* const table : {m_State.m_Symtab, m_State.m_Dynsym}) {
             if (table != nullptr) {
                 fillSymbolTable(m_State, *table);
@@ -474,6 +547,7 @@ private:
         fillRelocations(m_State);
         fillGroups(m_State);
         fillDebugOverlay(m_State);
+        fillSegmentNotes(m_State);
         fillBuildAttributes(m_State);
         fillVersions(m_State);
         fillPreemptionMap(m_State);
@@ -495,22 +569,31 @@ private:
         first->setLink(names != nullptr && names->getIndex() >= SHN_LORESERVE ? names : nullptr);
     }
 
+    void nameSections() {
+        if (m_State.m_SectionNames != nullptr) {
+            const StringTableBuilder& names = m_State.textsOf(m_State.m_SectionNames);
+            for (Section* const section : m_Module.m_Sections) {
+                section->setNameOffset(names.offsetOf(section->getName()));
+            }
+        }
+    }
+
     ObjectModule& m_Module;
     AuxiliaryState m_State;
     fast_array<Symbol*> m_Signatures; // by group
     bool m_IsOrderOpen = false;       // a section has been made
 };
 
-void ObjectModule::updateAuxiliarySections() {
+bool ObjectModule::updateAuxiliarySections() {
     TOMEX_CHECK(!m_IndexesFrozen);
-    if (m_AuxiliarySectionsUpToDate) {
-        return;
+    if (!m_AuxiliarySectionsUpToDate) {
+        const ScratchRegion region(1024, "updateAuxiliarySections() region");
+        m_AuxiliarySectionsUpToDate = reportExhaustion(*this, [this, &region] {
+            AuxiliaryUpdate(*this, region.get()).run();
+            return true;
+        });
     }
-    alloclib::Region* const region =
-        alloclib::RegionGeneral::Create(1024, "updateAuxiliarySections() region");
-    { AuxiliaryUpdate(*this, region).run(); }
-    region->Destroy(true);
-    m_AuxiliarySectionsUpToDate = true;
+    return m_AuxiliarySectionsUpToDate;
 }
 
 } // namespace elfext

@@ -77,6 +77,7 @@ public:
         if (!m_State.spendBytes(entries.size()) || !readTags(entries)) {
             return false;
         }
+        readEntriesOfVersions();
         return readVersionSections();
     }
 
@@ -202,6 +203,16 @@ private:
             bytes = block;
         }
         return true;
+    }
+
+    // They hold good whatever becomes of the versions that they name.
+    void readEntriesOfVersions() {
+        if (m_Tables.symbols.has_value() && m_Tables.versym.has_value()) {
+            const std::span<const uint8_t> versym = m_State.contents(*m_Tables.versym);
+            if (m_State.symbolCount(*m_Tables.symbols) == versym.size() / 2) {
+                readVersionEntries(m_State, versym, *m_Tables.symbols);
+            }
+        }
     }
 
     // Versions count only if the tags and the sections agree.

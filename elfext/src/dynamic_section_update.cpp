@@ -7,56 +7,28 @@
 #include "elfext/src/auxiliary_state.h"
 
 #include "elfext/interface/dynamic_records.h"
+#include "elfext/src/dynamic_entries.h"
 #include "elfext/src/dynamic_position.h"
 #include "elfext/src/dynamic_tags.h"
 
 #include <algorithm>
 #include <map>
 #include <optional>
+#include <set>
 
 namespace elfext {
 namespace {
 
-// The address and the size of a table of relocations.
-struct TableTags {
+// Tags that tell where a table is, and how many records it has, if they tell that. They go
+// with the table.
+struct PlaceTags {
     uint32_t addressTag;
-    uint32_t sizeTag;
+    uint32_t countTag;
 };
-constexpr TableTags relocationTags[] = {
-    {DT_RELA, DT_RELASZ},
-    {DT_REL, DT_RELSZ},
-    {DT_JMPREL, DT_PLTRELSZ},
+constexpr PlaceTags placeTags[] = {
+    {DT_HASH, DT_NULL},        {DT_GNU_HASH, DT_NULL},      {DT_VERSYM, DT_NULL},
+    {DT_VERDEF, DT_VERDEFNUM}, {DT_VERNEED, DT_VERNEEDNUM},
 };
-
-struct Entry {
-    uint64_t tag = DT_NULL;
-    uint64_t value = 0;
-    const char* text = nullptr; // its place is the value, if there is one
-};
-
-StringTableSection* textTable(const AuxiliaryState& state) {
-    Section* const link = state.m_Dynamic->getLink();
-    return link != nullptr && link->getType() == SHT_STRTAB ? static_cast<StringTableSection*>(link)
-                                                            : state.m_DynamicNames;
-}
-
-std::vector<Entry> readEntries(const AuxiliaryState& state, uint64_t& slotCount) {
-    std::vector<Entry> entries;
-    const Buffer& bytes = std::as_const(*state.m_Dynamic).getLoadedContents();
-    const uint64_t entrySize = state.m_Sizes.dynamicEntry;
-    slotCount = bytes.getSize() / entrySize;
-    withLayout(state.m_Is64, state.m_IsLittleEndian, [&](auto layout) {
-        for (uint64_t i = 0; i < slotCount; ++i) {
-            const uint8_t* const entry = bytes.getData() + i * entrySize;
-            const uint64_t tag = layout.address(entry);
-            if (static_cast<uint32_t>(tag) == DT_NULL) {
-                return;
-            }
-            entries.push_back({tag, layout.address(entry + layout.sizes.address), nullptr});
-        }
-    });
-    return entries;
-}
 
 const Section* firstSection(const ObjectModule::SectionArray& sections) {
     return sections.getSize() != 0 ? sections[0] : nullptr;
@@ -65,17 +37,18 @@ const Section* firstSection(const ObjectModule::SectionArray& sections) {
 class DynamicEntries {
 public:
     explicit DynamicEntries(AuxiliaryState& state)
-        : m_State(state), m_Module(state.m_Module), m_Old(readEntries(state, m_SlotCount)) {
+        : m_State(state), m_Module(state.m_Module), m_Old(readDynamicEntries(state, m_SlotCount)) {
         gatherTexts();
         gatherValues();
     }
 
     // All entries up to the one that ends the section.
-    const std::vector<Entry>& make() {
-        for (const Entry& entry : m_Old) {
+    const std::vector<DynamicEntry>& make() {
+        for (const DynamicEntry& entry : m_Old) {
             m_OldFlagTags |= flagOf(entry.tag);
+            noteGone(entry);
         }
-        for (const Entry& entry : m_Old) {
+        for (const DynamicEntry& entry : m_Old) {
             keepEntry(entry);
         }
         addRest();
@@ -108,13 +81,16 @@ private:
     // Values that follow from tables. A new section has a place for each of them.
     void gatherValues() {
         const auto setAddress = [this](uint32_t tag, const Section* section) {
-            if (section != nullptr) {
+            const bool hasPlace =
+                section != nullptr && (section->getAddress() != 0 || !m_State.isPlaced(*section));
+            if (hasPlace) {
                 m_Values[tag] = section->getAddress();
             }
         };
-        const Section* const texts = textTable(m_State);
+        const Section* const texts = m_State.dynamicSectionTexts();
         setAddress(DT_HASH,
                    m_State.m_Dynsym != nullptr ? m_State.m_Dynsym->getHashSection() : nullptr);
+        setAddress(DT_GNU_HASH, m_State.m_GnuHash);
         setAddress(DT_SYMTAB, m_State.m_Dynsym);
         setAddress(DT_STRTAB, texts);
         m_Values[DT_STRSZ] = texts->getSize();
@@ -152,8 +128,20 @@ private:
 
     // --- Entries that are there
 
-    void keepEntry(const Entry& entry) {
+    void noteGone(const DynamicEntry& entry) {
+        for (const PlaceTags& tags : placeTags) {
+            if (tags.addressTag == entry.tag && m_Values.count(tags.addressTag) == 0 &&
+                m_State.wasRemoved(entry.value, 1)) {
+                m_Gone.insert({tags.addressTag, tags.countTag});
+            }
+        }
+    }
+
+    void keepEntry(const DynamicEntry& entry) {
         const auto tag = static_cast<uint32_t>(entry.tag);
+        if (m_Gone.count(tag) != 0) {
+            return;
+        }
         if (const auto texts = m_Texts.find(tag); texts != m_Texts.end()) {
             takeText(tag, texts->second);
         } else if (const ValueTag* const value = valueTagOf(tag); value != nullptr) {
@@ -166,8 +154,10 @@ private:
             keepFlags(entry);
         } else if (const auto place = m_Values.find(tag); place != m_Values.end()) {
             m_Entries.push_back({entry.tag, place->second, nullptr});
-        } else {
-            m_Entries.push_back({entry.tag, resized(tag, entry.value), nullptr});
+        } else if (const std::optional<uint64_t> kept =
+                       m_State.m_RelocationTags.valueOf(tag, entry.value);
+                   kept.has_value()) {
+            m_Entries.push_back({entry.tag, *kept, nullptr});
         }
         m_Seen[tag] = true;
     }
@@ -180,7 +170,7 @@ private:
     }
 
     // The model holds 32 bits of a value that was read.
-    void keepValue(const Entry& entry, const ObjectModule::DynamicValue& value) {
+    void keepValue(const DynamicEntry& entry, const ObjectModule::DynamicValue& value) {
         if (value.has_value()) {
             const bool isSame = static_cast<uint32_t>(entry.value) == *value;
             m_Entries.push_back({entry.tag, isSame ? entry.value : *value, nullptr});
@@ -188,28 +178,9 @@ private:
     }
 
     // Bits that have a tag of their own here stay out of it, unless they were in it.
-    void keepFlags(const Entry& entry) {
+    void keepFlags(const DynamicEntry& entry) {
         const uint32_t elsewhere = m_OldFlagTags & ~static_cast<uint32_t>(entry.value);
         m_Entries.push_back({entry.tag, m_Module.getDynamicFlags() & ~elsewhere, nullptr});
-    }
-
-    // The size of a table of relocations that has changed.
-    uint64_t resized(uint32_t tag, uint64_t value) const {
-        for (const TableTags& tags : relocationTags) {
-            if (tags.sizeTag != tag) {
-                continue;
-            }
-            const auto address =
-                std::find_if(m_Old.begin(), m_Old.end(),
-                             [&tags](const Entry& entry) { return entry.tag == tags.addressTag; });
-            for (const ResizedTable& table : m_State.m_ResizedTables) {
-                if (address != m_Old.end() && table.m_Address == address->value &&
-                    table.m_OldSize == value) {
-                    return table.m_Size;
-                }
-            }
-        }
-        return value;
     }
 
     // --- What follows
@@ -261,37 +232,53 @@ private:
                 tables.try_emplace(tag, table);
             }
         }
-        for (const TableTags& tags : relocationTags) {
-            const auto place = tables.find(tags.addressTag);
+        for (const RelocationTagGroup& tags : relocationTagGroups) {
+            const auto place = tables.find(tags.address);
             if (place == tables.end()) {
                 continue;
             }
             const RelocationSection& table = *place->second;
-            m_Entries.push_back({tags.addressTag, table.getAddress(), nullptr});
-            m_Entries.push_back({tags.sizeTag, table.getSize(), nullptr});
-            if (tags.addressTag == DT_JMPREL) {
-                m_Entries.push_back({DT_PLTREL, table.hasAddends() ? DT_RELA : DT_REL, nullptr});
-            } else {
-                m_Entries.push_back(
-                    {table.hasAddends() ? DT_RELAENT : DT_RELENT,
-                     table.hasAddends() ? m_State.m_Sizes.rela : m_State.m_Sizes.rel, nullptr});
-            }
+            const uint64_t form = tags.address == DT_JMPREL
+                                      ? uint64_t{table.hasAddends() ? DT_RELA : DT_REL}
+                                      : entrySizeOf(table);
+            m_Entries.push_back({tags.address, table.getAddress(), nullptr});
+            m_Entries.push_back({tags.size, table.getSize(), nullptr});
+            m_Entries.push_back({tags.form, form, nullptr});
         }
     }
 
     AuxiliaryState& m_State;
     ObjectModule& m_Module;
     uint64_t m_SlotCount = 0;
-    std::vector<Entry> m_Old;
-    std::vector<Entry> m_Entries;
+    std::vector<DynamicEntry> m_Old;
+    std::vector<DynamicEntry> m_Entries;
     std::map<uint32_t, std::vector<const char*>> m_Texts;
     std::map<uint32_t, size_t> m_TextsTaken;
     std::map<uint32_t, uint64_t> m_Values;
     std::map<uint32_t, bool> m_Seen;
+    std::set<uint32_t> m_Gone;  // tags of tables that have been removed
     uint32_t m_OldFlagTags = 0; // the flags that have entries of their own
 };
 
 } // namespace
+
+std::vector<DynamicEntry> readDynamicEntries(const AuxiliaryState& state, uint64_t& slotCount) {
+    std::vector<DynamicEntry> entries;
+    const Buffer& bytes = std::as_const(*state.m_Dynamic).getLoadedContents();
+    const uint64_t entrySize = state.m_Sizes.dynamicEntry;
+    slotCount = bytes.getSize() / entrySize;
+    withLayout(state.m_Is64, state.m_IsLittleEndian, [&](auto layout) {
+        for (uint64_t i = 0; i < slotCount; ++i) {
+            const uint8_t* const entry = bytes.getData() + i * entrySize;
+            const uint64_t tag = layout.address(entry);
+            if (static_cast<uint32_t>(tag) == DT_NULL) {
+                return;
+            }
+            entries.push_back({tag, layout.address(entry + layout.sizes.address), nullptr});
+        }
+    });
+    return entries;
+}
 
 bool isPreemptionMapFileOffset(const ObjectModule& objectModule) {
     return objectModule.getMachine() == EM_QEL && objectModule.getOsAbi() == ELFOSABI_QEL;
@@ -312,15 +299,15 @@ bool tellsPreemptionMap(AuxiliaryState& state) {
     if (state.m_Dynamic == nullptr) {
         return false;
     }
-    const std::vector<Entry> entries = readEntries(state, slotCount);
+    const std::vector<DynamicEntry> entries = readDynamicEntries(state, slotCount);
     return std::none_of(entries.begin(), entries.end(),
-                        [](const Entry& entry) { return entry.tag == DT_QEL_PREEMPTMAP; });
+                        [](const DynamicEntry& entry) { return entry.tag == DT_QEL_PREEMPTMAP; });
 }
 
 void addDynamicTexts(AuxiliaryState& state) {
     const ObjectModule& objectModule = state.m_Module;
     if (state.m_Dynamic != nullptr) {
-        StringTableBuilder& texts = state.textsOf(textTable(state));
+        StringTableBuilder& texts = state.textsOf(state.dynamicSectionTexts());
         for (uint32_t i = 0; i < objectModule.getNeededLibraryCount(); ++i) {
             texts.add(objectModule.getNeededLibrary(i)->getName());
         }
@@ -347,11 +334,12 @@ void fillDynamic(AuxiliaryState& state) {
     if (state.m_Dynamic == nullptr || state.m_Module.getDynamicSections().getSize() != 1) {
         return;
     }
-    StringTableSection* const table = textTable(state);
+    StringTableSection* const table = state.dynamicSectionTexts();
     const StringTableBuilder& texts = state.textsOf(table);
+    state.m_RelocationTags.settle(state);
     DynamicEntries entries(state);
     RecordBytes bytes = state.makeBytes();
-    for (const Entry& entry : entries.make()) {
+    for (const DynamicEntry& entry : entries.make()) {
         bytes.address(entry.tag);
         bytes.address(entry.text != nullptr ? texts.offsetOf(entry.text) : entry.value);
     }

@@ -17,12 +17,6 @@ constexpr uint32_t verneedSize = 16;
 constexpr uint32_t vernauxSize = 16;
 constexpr uint32_t versymSize = 2;
 
-// Numbers in the table of versions. Those that stand for no version tell local and global symbols
-// apart; bit 15 hides a symbol from whoever asks for no version.
-constexpr uint16_t localVersion = 0;
-constexpr uint16_t globalVersion = 1;
-constexpr uint16_t numberMask = 0x7FFF;
-
 std::vector<const VersionDefinition*> definitionsOf(const ObjectModule& objectModule) {
     std::vector<const VersionDefinition*> definitions;
     if (objectModule.getFileVersionDefinition() != nullptr) {
@@ -107,33 +101,39 @@ void fillRequirements(AuxiliaryState& state, Section& section) {
     section.setInfo(static_cast<uint32_t>(libraries.size()));
 }
 
-uint16_t versionOf(const Symbol& symbol) {
+// The entry of a symbol in the table of versions. A number that nothing here stands behind is kept
+// only where no versions have been read: then nobody knows better.
+uint16_t versionOf(const Symbol& symbol, bool areVersionsKnown) {
+    const uint16_t entry = symbol.getVersionEntry();
+    const uint16_t hidden = symbol.isVersionHidden() ? uint16_t{VERSYM_HIDDEN} : uint16_t{0};
     if (symbol.getSymbolVersionDefinition() != nullptr) {
-        return symbol.getSymbolVersionDefinition()->getIndex();
+        return symbol.getSymbolVersionDefinition()->getIndex() | hidden;
     }
     if (symbol.getSymbolVersionRequirement() != nullptr) {
-        return symbol.getSymbolVersionRequirement()->getIndex();
+        return symbol.getSymbolVersionRequirement()->getIndex() | hidden;
     }
-    return symbol.getBinding() == STB_LOCAL ? localVersion : globalVersion;
+    if (entry != Symbol::NoVersionEntry &&
+        (!areVersionsKnown || (entry & VERSYM_VERSION) <= VER_NDX_GLOBAL)) {
+        return entry;
+    }
+    return symbol.getBinding() == STB_LOCAL ? VER_NDX_LOCAL : VER_NDX_GLOBAL;
 }
 
-// What the model does not hold of an entry stays as it was, if the entry is still the same.
-uint16_t mergedVersion(uint16_t version, uint16_t old) {
-    const auto number = static_cast<uint16_t>(old & numberMask);
-    const bool isSame = version > globalVersion ? number == version : number <= globalVersion;
-    return isSame ? old : version;
+// True if the table of versions can be made of what the symbols say.
+bool areEntriesKnown(const ObjectModule& objectModule) {
+    const ObjectModule::SymbolArray& symbols = objectModule.getDynamicSymbols();
+    return hasVersions(objectModule) ||
+           std::any_of(symbols.begin(), symbols.end(), [](const Symbol* symbol) {
+               return symbol->getVersionEntry() != Symbol::NoVersionEntry;
+           });
 }
 
 void fillSymbolVersions(AuxiliaryState& state, Section& section) {
-    const ObjectModule::SymbolArray& symbols = state.m_Module.getDynamicSymbols();
-    const Buffer& old = std::as_const(section).getLoadedContents();
-    const bool hasOld = old.getSize() == (uint64_t{symbols.getSize()} + 1) * versymSize;
+    const bool areVersionsKnown = hasVersions(state.m_Module);
     RecordBytes bytes = state.makeBytes();
-    bytes.half(localVersion);
-    for (uint32_t i = 0; i < symbols.getSize(); ++i) {
-        const uint16_t version = versionOf(*symbols[i]);
-        bytes.half(hasOld ? mergedVersion(version, old.getUnalignedUint16((uint64_t{i} + 1) * 2))
-                          : version);
+    bytes.half(VER_NDX_LOCAL);
+    for (const Symbol* const symbol : state.m_Module.getDynamicSymbols()) {
+        bytes.half(versionOf(*symbol, areVersionsKnown));
     }
     state.setTable(section, bytes, versymSize);
     section.setLink(state.m_Dynsym);
@@ -166,17 +166,16 @@ void addVersionTexts(AuxiliaryState& state) {
 }
 
 void fillVersions(AuxiliaryState& state) {
-    if (!hasVersions(state.m_Module)) {
-        return;
-    }
     const auto fillFirst = [&state](const ObjectModule::SectionArray& sections, auto fill) {
         if (sections.getSize() != 0) {
             fill(state, *sections[0]);
         }
     };
-    fillFirst(state.m_Module.getVerdefSections(), fillDefinitions);
-    fillFirst(state.m_Module.getVerneedSections(), fillRequirements);
-    if (state.m_Dynsym != nullptr) {
+    if (hasVersions(state.m_Module)) {
+        fillFirst(state.m_Module.getVerdefSections(), fillDefinitions);
+        fillFirst(state.m_Module.getVerneedSections(), fillRequirements);
+    }
+    if (state.m_Dynsym != nullptr && areEntriesKnown(state.m_Module)) {
         fillFirst(state.m_Module.getVersymSections(), fillSymbolVersions);
     }
 }
@@ -204,7 +203,7 @@ void fillPreemptionMap(AuxiliaryState& state) {
     }
     bytes.word(0);
     if (state.isPlaced(section)) {
-        bytes.resize(std::max(bytes.size(), section.getContentsSize()));
+        bytes.resize(std::max(bytes.size(), std::as_const(section).getLoadedContents().getSize()));
     }
     state.setTable(section, bytes, section.getEntrySize());
     section.setLink(state.m_DynamicNames);

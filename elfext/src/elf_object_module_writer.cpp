@@ -7,7 +7,7 @@
 #include "elfext/src/file_layout.h"
 #include "elfext/src/memory_guard.h"
 #include "elfext/src/record_bytes.h"
-#include "elfext/src/string_table_builder.h"
+#include "elfext/src/reporting.h"
 #include "elfext/src/write_buffer.h"
 #include "platform/interface/file_replacement.h"
 
@@ -18,23 +18,6 @@ namespace elfext {
 namespace {
 
 constexpr uint8_t plainMagic[] = {0x7F, 'E', 'L', 'F'};
-
-// Where each text of a string table stands, by its end: names share the ends of longer ones.
-class NameOffsets {
-public:
-    explicit NameOffsets(const Section* table) {
-        if (table != nullptr) {
-            const Buffer& bytes = table->getLoadedContents();
-            m_Texts.keep({bytes.getData(), static_cast<size_t>(bytes.getSize())});
-        }
-    }
-    void add(const char* name) { m_Texts.add(name); }
-    void settle() { m_Texts.build(); }
-    uint32_t operator[](const char* name) const { return m_Texts.offsetOf(name); }
-
-private:
-    StringTableBuilder m_Texts;
-};
 
 class ElfWriter {
 public:
@@ -148,18 +131,11 @@ private:
         if (!checkExtension()) {
             return false;
         }
-        NameOffsets names(m_NameTable);
-        if (m_NameTable != nullptr) {
-            for (const Section* const section : m_Module.getSections()) {
-                names.add(section->getName());
-            }
-        }
-        names.settle();
         RecordBytes bytes = makeBytes();
         bytes.reserve(uint64_t{m_Module.getSectionCount()} * m_Sizes.sectionHeader);
         for (const Section* const section : m_Module.getSections()) {
             Elf64_Shdr header = headerOf(*section);
-            header.sh_name = m_NameTable != nullptr ? names[section->getName()] : 0;
+            header.sh_name = m_NameTable != nullptr ? section->getNameOffset() : 0;
             if (section == m_Module.getSection(0)) {
                 extend(header);
             }
@@ -266,8 +242,7 @@ bool writeAll(std::FILE* file, const uint8_t* bytes, uint64_t size) {
 }
 
 bool writeImage(ObjectModule& objectModule, std::unique_ptr<uint8_t[]>& image, uint64_t& size) {
-    objectModule.updateAuxiliarySections();
-    if (!layOutElfFile(&objectModule)) {
+    if (!objectModule.updateAuxiliarySections() || !layOutElfFile(&objectModule)) {
         return false;
     }
     ElfWriter writer(objectModule);

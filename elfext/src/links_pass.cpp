@@ -39,6 +39,7 @@ public:
                 return false;
             }
         }
+        nameInfoSections();
         return setOtherLinks();
     }
 
@@ -135,6 +136,19 @@ private:
         }
         table->setShndxSection(sectionAs<ShndxSection>(section));
         return true;
+    }
+
+    // Of sections that the library understands it knows better what `sh_info` means. A number that
+    // no section has stays a number.
+    void nameInfoSections() {
+        for (uint32_t i = 0; i < m_State.sectionCount(); ++i) {
+            const uint32_t info = header(i).sh_info;
+            Section* const section = m_Module.getSection(i);
+            if ((header(i).sh_flags & SHF_INFO_LINK) != 0 && !section->isAuxiliary() && info != 0 &&
+                info < m_State.sectionCount()) {
+                section->setInfoSection(m_Module.getSection(info));
+            }
+        }
     }
 
     // Types without a rule, and what the rules have left without a link.

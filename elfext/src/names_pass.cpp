@@ -64,6 +64,7 @@ bool readSectionNames(ReadState& state) {
                 return false;
             }
             objectModule.getSection(i)->setName(texts + offset);
+            objectModule.getSection(i)->setNameOffset(offset);
         } else if (!askHandler(objectModule, &ErrorHandler::sectionNameOffsetBad, i, offset,
                                length)) {
             return false;

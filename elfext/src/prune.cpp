@@ -6,19 +6,19 @@
 //    define, since it is local, goes with the section;
 //  - a relocation against a symbol that goes stays where it is, without a symbol;
 //  - a group loses members and its section, a member its group and the flag that tells of it;
-//  - links, targets and notes that lead to what has gone lead nowhere;
+//  - links, targets and notes that lead to what has gone lead nowhere, nor do tags of the dynamic
+//    section, once it is made anew;
 //  - raw bytes of a segment go with the segment, debug overlay records with either section.
 #include "elfext/interface/prune_criteria.h"
 
-#include "alloclib/interface/region_general.h"
 #include "elfext/interface/dynamic_records.h"
 #include "elfext/interface/fast_hash_set.h"
 #include "elfext/interface/object_module.h"
 #include "elfext/interface/raw_data_block.h"
 #include "elfext/interface/relocation.h"
+#include "elfext/src/memory_guard.h"
 
-#include <utility>
-#include <vector>
+#include <algorithm>
 
 namespace elfext {
 
@@ -28,12 +28,13 @@ public:
         : m_Module(objectModule), m_Criteria(criteria), m_Sections(region), m_Segments(region),
           m_Symbols(region), m_Relocations(region), m_Groups(region), m_NeededLibraries(region),
           m_LibrarySearchPaths(region), m_Preemptions(region), m_PreemptedDlls(region),
-          m_RawDataBlocks(region) {}
+          m_RawDataBlocks(region), m_Signatures(region) {}
 
     void run() {
         ask();
         addWhatCannotStand();
         noteSignatures();
+        noteAddresses();
         cutReferences();
         cutLists();
         numberAnew();
@@ -42,6 +43,11 @@ public:
 private:
     template <typename Kind>
     using Doomed = fast_hash_set<const Kind*>;
+
+    struct Signature {
+        GroupSection* group;
+        const Symbol* symbol;
+    };
 
     // --- Questions
 
@@ -135,7 +141,24 @@ private:
             auto* const group = static_cast<GroupSection*>(section);
             const uint32_t index = group->getSignatureSymbolIndex();
             if (index != 0 && index <= m_Module.m_Symbols.getSize()) {
-                m_Signatures.emplace_back(group, m_Module.m_Symbols[index - 1]);
+                m_Signatures.add({group, m_Module.m_Symbols[index - 1]});
+            }
+        }
+    }
+
+    // A dynamic section that stays may tell where in memory a section was.
+    void noteAddresses() {
+        const bool isTold =
+            std::any_of(m_Module.m_DynamicSections.begin(), m_Module.m_DynamicSections.end(),
+                        [this](const Section* section) { return !goes(section, m_Sections); });
+        if (!isTold) {
+            m_Module.m_RemovedAddresses.clear();
+            return;
+        }
+        for (const Section* const section : m_Module.m_Sections) {
+            if (goes(section, m_Sections) && (section->getFlags() & SHF_ALLOC) != 0 &&
+                section->getAddress() != 0) {
+                m_Module.m_RemovedAddresses.add(section->getAddress());
             }
         }
     }
@@ -197,6 +220,9 @@ private:
     void cutSection(Section& section) {
         if (goes<Section>(section.m_Link, m_Sections)) {
             section.m_Link = nullptr;
+        }
+        if (goes<Section>(section.m_InfoSection, m_Sections)) {
+            section.m_InfoSection = nullptr;
         }
         if (goes<Segment>(section.m_Segment, m_Segments)) {
             section.m_Segment = nullptr;
@@ -360,14 +386,14 @@ private:
     Doomed<Preemption> m_Preemptions;
     Doomed<PreemptedDll> m_PreemptedDlls;
     Doomed<RawDataBlock> m_RawDataBlocks;
-    std::vector<std::pair<GroupSection*, const Symbol*>> m_Signatures;
+    fast_array<Signature> m_Signatures;
 };
 
+// All of its memory is of regions, so it cannot end half-way.
 void ObjectModule::prune(PruneCriteria& criteria) {
     TOMEX_CHECK(!m_IndexesFrozen);
-    alloclib::Region* const region = alloclib::RegionGeneral::Create(1024, "Prune region");
-    { Pruner(*this, criteria, region).run(); }
-    region->Destroy(true);
+    const ScratchRegion region(1024, "Prune region");
+    Pruner(*this, criteria, region.get()).run();
 }
 
 } // namespace elfext

@@ -2,6 +2,8 @@
 
 #include "elfext/src/file_layout.h"
 
+#include <algorithm>
+
 namespace elfext {
 namespace {
 
@@ -23,6 +25,7 @@ void loadTable(Section& section, const RelocationTable& table) {
         relocation.m_Offset = entry.r_offset;
         relocation.m_Addend = entry.r_addend;
         relocation.m_Target = table.m_Symbols.m_Symbols[entry.symbol];
+        relocation.m_TableNumber = table.m_Section->getTableNumber();
         relocation.m_Type = static_cast<uint16_t>(entry.type);
         relocation.m_UpperType = static_cast<uint16_t>(entry.type >> 16);
         relocation.m_HasAddend = hasAddends;
@@ -36,6 +39,8 @@ void loadTable(Section& section, const RelocationTable& table) {
 void TargetRelocationLoader::addTable(RelocationTable* table) {
     (m_Last != nullptr ? m_Last->m_Next : m_First) = table;
     m_Last = table;
+    m_Count = std::min<uint32_t>(m_Count + 1, UINT16_MAX);
+    table->m_Section->setTableNumber(static_cast<uint16_t>(m_Count));
 }
 
 void TargetRelocationLoader::loadRelocations(Section& section) {

@@ -36,6 +36,7 @@ private:
     bool m_IsLittleEndian;
     RelocationTable* m_First = nullptr;
     RelocationTable* m_Last = nullptr;
+    uint32_t m_Count = 0; // of tables, as far as they are told apart
 };
 
 } // namespace elfext

@@ -115,6 +115,13 @@ void Section::setLink(Section* link) {
 
 void Section::setInfo(uint32_t info) {
     m_Info = info;
+    m_InfoSection = nullptr;
+    markChanged();
+}
+
+void Section::setInfoSection(Section* section) {
+    m_Info = 0;
+    m_InfoSection = section;
     markChanged();
 }
 
@@ -253,6 +260,7 @@ void Section::addRelocationAsRead(const RelocationAsRead& relocation) {
     Relocation* const made =
         createRelocation(relocation.m_Offset, relocation.m_Type, relocation.m_Target);
     made->m_UpperType = relocation.m_UpperType;
+    made->m_TableNumber = relocation.m_TableNumber;
     made->m_HasAddend = relocation.m_HasAddend;
     made->m_Addend = relocation.m_HasAddend ? relocation.m_Addend : 0;
     if (relocation.m_Target == nullptr) {

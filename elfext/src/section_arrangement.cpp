@@ -2,8 +2,8 @@
 //
 // The format wants the null section first, and a group in front of its members. The rest is custom:
 // relocations stand behind what they relocate, symbols and names last.
-#include "alloclib/interface/region_general.h"
 #include "elfext/interface/object_module.h"
+#include "elfext/src/memory_guard.h"
 
 namespace elfext {
 namespace {
@@ -70,20 +70,16 @@ void ObjectModule::imposeSectionOrder() {
         ++null;
     }
     setSectionIndex(null < m_Sections.getSize() ? m_Sections[null] : createNullSection(0), 0);
-    alloclib::Region* const region =
-        alloclib::RegionGeneral::Create(1024, "imposeSectionOrder() temp region");
-    {
-        SectionArray order(region);
-        for (uint32_t rank = 0; rank < Rank_Count; ++rank) {
-            for (Section* const section : m_Sections) {
-                if (rankOf(*section) == rank && !followsTarget(*section)) {
-                    appendWithTables(order, section);
-                }
+    const ScratchRegion region(1024, "imposeSectionOrder() temp region");
+    SectionArray order(region.get());
+    for (uint32_t rank = 0; rank < Rank_Count; ++rank) {
+        for (Section* const section : m_Sections) {
+            if (rankOf(*section) == rank && !followsTarget(*section)) {
+                appendWithTables(order, section);
             }
         }
-        m_Sections = order;
     }
-    region->Destroy(true);
+    m_Sections = order;
     for (uint32_t i = 0; i < m_Sections.getSize(); ++i) {
         m_Sections[i]->m_Index = i;
     }

@@ -196,6 +196,12 @@ void Symbol::setSymbolVersionRequirement(SymbolVersionRequirement* requirement) 
     markChanged();
 }
 
+void Symbol::setVersionEntry(uint16_t entry) {
+    TOMEX_CHECK(m_IsDynamic);
+    m_VersionEntry = entry;
+    markChanged();
+}
+
 void Symbol::setLinkedSymbol(Symbol* symbol) {
     TOMEX_CHECK_TEXT(symbol == nullptr || symbol->getObjectModule() == m_ObjectModule,
                      "symbol == NULL || symbol->getObjectModule() == m_ObjectModule");

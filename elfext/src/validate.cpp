@@ -334,8 +334,7 @@ bool checkDoubleRelocations(ObjectModule& objectModule, alloclib::Region* region
 
 bool ObjectModule::validate() {
     return reportExhaustion(*this, [this] {
-        updateAuxiliarySections();
-        if (!m_AuxiliarySectionsUpToDate) { // out of memory, which has been reported
+        if (!updateAuxiliarySections()) {
             return false;
         }
         const ScratchRegion region(1024, "Validate region");

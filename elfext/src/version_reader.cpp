@@ -17,8 +17,11 @@ enum VerdauxField : uint32_t { vda_name = 0, vda_next = 4 };
 enum VerneedField : uint32_t { vn_cnt = 2, vn_file = 4, vn_aux = 8, vn_next = 12 };
 enum VernauxField : uint32_t { vna_flags = 4, vna_other = 6, vna_name = 8, vna_next = 12 };
 
-constexpr uint16_t numberMask = 0x7FFF; // bit 15 hides a symbol
-constexpr uint16_t firstVersion = 2;    // 0 and 1 are local and global symbols without a version
+constexpr uint16_t firstVersion = VER_NDX_GLOBAL + 1;
+
+constexpr uint16_t numberOf(uint16_t entry) {
+    return entry & uint16_t{VERSYM_VERSION};
+}
 
 class VersionReader {
 public:
@@ -60,7 +63,7 @@ public:
 
     void tieSymbols(const SymbolsByNumber& symbols) {
         for (uint64_t i = 1; i < symbols.m_Count; ++i) {
-            const uint16_t number = half(m_Sections.versym, 2 * i) & numberMask;
+            const uint16_t number = numberOf(half(m_Sections.versym, 2 * i));
             if (number >= firstVersion) {
                 tieSymbol(*symbols.m_Symbols[i], number);
             }
@@ -105,7 +108,7 @@ private:
     void readDefinition(Walk& walk, uint64_t place) {
         ObjectModule& objectModule = m_State.m_Module;
         const uint16_t flags = half(walk.bytes, place + vd_flags);
-        const uint16_t number = half(walk.bytes, place + vd_ndx) & numberMask;
+        const uint16_t number = numberOf(half(walk.bytes, place + vd_ndx));
         VersionDefinition* definition = nullptr;
         if ((flags & VER_FLG_BASE) != 0) {
             definition = objectModule.createFileVersionDefinition(number, flags);
@@ -138,7 +141,7 @@ private:
             const char* const library = findText(word(walk.bytes, place + vn_file));
             const char* const name = findText(word(walk.bytes, aux + vna_name));
             if (library != nullptr && name != nullptr) {
-                addRequirement(half(walk.bytes, aux + vna_other) & numberMask,
+                addRequirement(numberOf(half(walk.bytes, aux + vna_other)),
                                half(walk.bytes, aux + vna_flags), library, name);
             }
             const uint32_t next = word(walk.bytes, aux + vna_next);
@@ -186,6 +189,14 @@ bool readVersionDefinitions(ReadState& state, const VersionSections& sections,
     VersionReader reader(state, sections, texts);
     reader.readDefinitions();
     return reader.isWithinLimits();
+}
+
+void readVersionEntries(ReadState& state, std::span<const uint8_t> versym, uint32_t symbolTable) {
+    const SymbolsByNumber& symbols = state.m_SymbolsByTable[symbolTable];
+    for (uint64_t i = 1; i < symbols.m_Count && i < versym.size() / 2; ++i) {
+        symbols.m_Symbols[i]->setVersionEntry(
+            assembleBytes<uint16_t>(versym.data() + 2 * i, state.m_IsLittleEndian));
+    }
 }
 
 bool readVersions(ReadState& state, const VersionSections& sections, const TextTable& texts,

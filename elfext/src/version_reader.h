@@ -31,6 +31,10 @@ struct VersionSections {
 bool readVersionDefinitions(ReadState& state, const VersionSections& sections,
                             const TextTable& texts);
 
+// Notes with the symbols of the table in section `symbolTable` what `versym` says of them: entry i
+// belongs to symbol i.
+void readVersionEntries(ReadState& state, std::span<const uint8_t> versym, uint32_t symbolTable);
+
 // Reads definitions and requirements and ties them to the symbols of the table in section
 // `symbolTable`. Entry i of `versym` belongs to symbol i. False as above.
 bool readVersions(ReadState& state, const VersionSections& sections, const TextTable& texts,

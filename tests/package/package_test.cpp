@@ -165,7 +165,7 @@ TEST_F(PackageTest, TheManualPageIsSound) {
 
 TEST_F(PackageTest, VersionsAreHeldAgainstWhatIsInstalled) {
     const auto isFound = [](const std::string& wanted) {
-        writeProject("version", "NONE",
+        writeProject("version", "CXX",
                      "find_package(tomex " + wanted +
                          ")\nfile(WRITE ${CMAKE_SOURCE_DIR}/answer \"${tomex_FOUND} "
                          "${tomex_VERSION}\")\n");

@@ -1,0 +1,242 @@
+// Which table relocations stand in, and what the dynamic section tells of such tables.
+#include "elfext/interface/relocation.h"
+#include "tests/elfext/stale_tables_fixtures.h"
+
+namespace elfext::test {
+namespace {
+
+using testsupport::ElfBuilder;
+using testsupport::ElfBytes;
+using testsupport::RichElf;
+
+namespace elf = testsupport::elf;
+
+class RelocationTablesTest : public StaleTablesTest {};
+INSTANTIATE_FORMATS(RelocationTablesTest);
+
+// Two tables of one section, whose relocations have the types of their numbers.
+TEST_P(RelocationTablesTest, RelocationsStayInTheirTables) {
+    ElfBuilder builder(format());
+    const size_t text = builder.add({.name = ".text", .contents = std::string(64, 'T')});
+    const size_t symbols = builder.addSymbols({{.name = "f"}});
+    const size_t one = builder.addRelocations(
+        ".rel.one", SHT_REL, text, symbols,
+        {{.offset = 0, .symbol = 1, .type = 1}, {.offset = 4, .symbol = 1, .type = 2}});
+    const size_t two = builder.addRelocations(
+        ".rel.two", SHT_REL, text, symbols,
+        {{.offset = 8, .symbol = 1, .type = 3}, {.offset = 12, .symbol = 1, .type = 4}});
+    ASSERT_TRUE(read(builder.bytes()));
+    const std::string second = contentsOf(section(two));
+    ManualPruneCriteria criteria;
+    criteria.addRelocation(section(text).getRelocations()[0]);
+    module().prune(criteria);
+    section(text).addRelocation(16, 5, module().getSymbol(1));
+    module().updateAuxiliarySections();
+    EXPECT_EQ(section(one).getSize(), 2 * width());
+    EXPECT_EQ(section(two).getSize(), 3 * 2 * width());
+    EXPECT_EQ(contentsOf(section(two)).substr(0, second.size()), second);
+}
+
+// What the dynamic section tells of tables in memory.
+class RelocationTagsTest : public StaleTablesTest {
+protected:
+    using Tags = std::vector<std::pair<uint64_t, uint64_t>>;
+
+    void SetUp() override {
+        StaleTablesTest::SetUp();
+        makeFormat(ET_DYN);
+        SegmentFields fields;
+        fields.m_Type = PT_LOAD;
+        module().createSegment(fields);
+        m_Dynamic = module().createDynamicSection();
+        m_Dynamic->setFlags(SHF_ALLOC);
+        m_Dynamic->setAddress(0x5000);
+    }
+    uint64_t entrySize(bool hasAddends = true) const { return (hasAddends ? 3 : 2) * width(); }
+    // A table at `address` with relocations of these types, for a target of its own.
+    Section* makeTable(uint64_t address, const std::vector<uint16_t>& types, bool hasAddends = true,
+                       const char* targetName = ".data") {
+        Section* const target = module().createSection(targetName, SHT_PROGBITS, SHF_ALLOC);
+        auto* const table = module().createRelocationSection(
+            ".rel.dyn", hasAddends ? SHT_RELA : SHT_REL, SHF_ALLOC);
+        table->setAddress(address);
+        table->setTarget(target, true);
+        for (const uint16_t type : types) {
+            Relocation* const relocation =
+                hasAddends ? target->addRelocationWithAddend(0, type, nullptr, 0)
+                           : target->addRelocation(0, type, nullptr);
+            relocation->setIsDynamic(true);
+        }
+        return table;
+    }
+    // With tables that hold their relocations, as in a file.
+    void setTags(const Tags& tags) {
+        module().updateAuxiliarySections();
+        ElfBytes entries = bytes();
+        for (const auto& [tag, value] : tags) {
+            entries.address(tag).address(value);
+        }
+        setContents(*m_Dynamic, entries.address(0).address(0).bytes());
+    }
+    Tags tagsNow() {
+        module().updateAuxiliarySections();
+        const Buffer& contents = m_Dynamic->getLoadedContents();
+        const auto number = [this, &contents](uint64_t offset) {
+            return width() == 8 ? contents.getUnalignedUint64(offset)
+                                : contents.getUnalignedUint32(offset);
+        };
+        Tags tags;
+        for (uint64_t place = 0; number(place) != DT_NULL; place += 2 * width()) {
+            const uint64_t tag = number(place);
+            if (tag != DT_STRTAB && tag != DT_STRSZ && tag != DT_SYMTAB && tag != DT_SYMENT) {
+                tags.emplace_back(tag, number(place + width()));
+            }
+        }
+        return tags;
+    }
+    void pruneRelocation(Section* table, uint32_t index) {
+        ManualPruneCriteria criteria;
+        criteria.addRelocation(table->asRelocationSection()->getTarget()->getRelocations()[index]);
+        module().prune(criteria);
+    }
+
+    Section* m_Dynamic = nullptr;
+};
+INSTANTIATE_FORMATS(RelocationTagsTest);
+
+TEST_P(RelocationTagsTest, ANewSectionTellsOfTheFirstTableOfEachKind) {
+    makeTable(0x1000, {8, 8});
+    makeTable(0x2000, {8});
+    makeTable(0x3000, {8}, false);
+    makeTable(0x4000, {7}, false, ".plt");
+    EXPECT_EQ(tagsNow(), (Tags{{DT_RELA, 0x1000},
+                               {DT_RELASZ, 2 * entrySize()},
+                               {DT_RELAENT, entrySize()},
+                               {DT_REL, 0x3000},
+                               {DT_RELSZ, entrySize(false)},
+                               {DT_RELENT, entrySize(false)},
+                               {DT_JMPREL, 0x4000},
+                               {DT_PLTRELSZ, entrySize(false)},
+                               {DT_PLTREL, DT_REL}}));
+}
+
+TEST_P(RelocationTagsTest, CountsAndSizesFollowWhatIsLeft) {
+    Section* const table = makeTable(0x1000, {8, 8, 8, 6, 8});
+    const auto tags = [this](uint64_t relocations, uint64_t relative) {
+        return Tags{{DT_RELA, 0x1000},
+                    {DT_RELASZ, relocations * entrySize()},
+                    {DT_RELAENT, entrySize()},
+                    {DT_RELACOUNT, relative},
+                    {DT_DEBUG, 7}};
+    };
+    setTags(tags(5, 3));
+    EXPECT_EQ(tagsNow(), tags(5, 3));
+    pruneRelocation(table, 4);
+    EXPECT_EQ(tagsNow(), tags(4, 3));
+    pruneRelocation(table, 1);
+    EXPECT_EQ(tagsNow(), tags(3, 2));
+    pruneRelocation(table, 2);
+    EXPECT_EQ(tagsNow(), tags(2, 2));
+    pruneRelocation(table, 0);
+    pruneRelocation(table, 0);
+    EXPECT_EQ(tagsNow(), (Tags{{DT_DEBUG, 7}}));
+}
+
+TEST_P(RelocationTagsTest, TheCountFollowsAlsoWhereTheSizeStays) {
+    Section* const table = makeTable(0x1000, {8, 8, 8, 6});
+    const auto tags = [this](uint64_t relative) {
+        return Tags{{DT_RELA, 0x1000}, {DT_RELASZ, 4 * entrySize()}, {DT_RELACOUNT, relative}};
+    };
+    setTags(tags(3));
+    Section* const target = table->asRelocationSection()->getTarget();
+    pruneRelocation(table, 0);
+    target->addRelocationWithAddend(0, 8, nullptr, 0)->setIsDynamic(true); // behind the other type
+    EXPECT_EQ(tagsNow(), tags(2));
+    target->getRelocations()[1]->setType(6);
+    EXPECT_EQ(tagsNow(), tags(1));
+}
+
+// What a file counts otherwise stays for as long as its relocations do.
+TEST_P(RelocationTagsTest, ACountThatNeverWasRightStays) {
+    makeTable(0x1000, {8, 6});
+    const Tags tags = {{DT_RELA, 0x1000}, {DT_RELASZ, 77}, {DT_RELACOUNT, 2}};
+    setTags(tags);
+    EXPECT_EQ(tagsNow(), tags);
+}
+
+TEST_P(RelocationTagsTest, AllThreeKindsGo) {
+    Section* const plain = makeTable(0x1000, {8, 8}, false);
+    Section* const calls = makeTable(0x2000, {7}, false);
+    const Tags ofCalls = {
+        {DT_JMPREL, 0x2000}, {DT_PLTRELSZ, entrySize(false)}, {DT_PLTREL, DT_REL}};
+    Tags all = {{DT_REL, 0x1000},
+                {DT_RELSZ, 2 * entrySize(false)},
+                {DT_RELENT, entrySize(false)},
+                {DT_RELCOUNT, 1}};
+    all.insert(all.end(), ofCalls.begin(), ofCalls.end());
+    setTags(all);
+    EXPECT_EQ(tagsNow(), all);
+    pruneRelocation(plain, 1);
+    pruneRelocation(plain, 0);
+    EXPECT_EQ(tagsNow(), ofCalls);
+    pruneRelocation(calls, 0);
+    EXPECT_EQ(tagsNow(), Tags());
+}
+
+TEST_P(RelocationTagsTest, AStretchOfSeveralTablesEndsWithTheLastThatIsLeft) {
+    const uint64_t size = entrySize();
+    std::vector<Section*> tables;
+    for (uint64_t i = 0; i < 3; ++i) {
+        tables.push_back(makeTable(0x1000 + 2 * i * size, {8, 8}));
+    }
+    const auto tags = [](uint64_t address, uint64_t length, uint64_t count) {
+        return Tags{{DT_RELA, address}, {DT_RELASZ, length}, {DT_RELACOUNT, count}};
+    };
+    setTags(tags(0x1000, 6 * size, 6));
+    module().updateAuxiliarySections();
+    pruneRelocation(tables[2], 0);
+    EXPECT_EQ(tagsNow(), tags(0x1000, 5 * size, 2));
+    pruneRelocation(tables[1], 0); // leaves a gap
+    EXPECT_EQ(tagsNow(), tags(0x1000, 5 * size, 2));
+    pruneRelocation(tables[0], 1);
+    pruneRelocation(tables[0], 0);
+    EXPECT_EQ(tagsNow(), tags(0x1000 + 2 * size, 3 * size, 0));
+}
+
+TEST_P(RelocationTagsTest, ARemovedTableTakesItsTagsAlong) {
+    Section* const table = makeTable(0x1000, {8});
+    const Tags stay = {{DT_REL, 0x9000}, {DT_RELSZ, 0x40}, {DT_HASH, 0x7000}};
+    Tags all = {{DT_RELA, 0x1000}, {DT_RELASZ, entrySize()}};
+    all.insert(all.end(), stay.begin(), stay.end());
+    setTags(all);
+    EXPECT_EQ(tagsNow(), all);
+    ManualPruneCriteria criteria;
+    criteria.addSection(table);
+    criteria.addRelocation(table->asRelocationSection()->getTarget()->getRelocations()[0]);
+    module().prune(criteria);
+    // Of the others no section tells, so nobody knows that they are gone.
+    EXPECT_EQ(tagsNow(), stay);
+}
+
+TEST_P(RelocationTablesTest, TagsOfRemovedVersionsGo) {
+    const RichElf rich = richElf(format(), elf::ET_DYN);
+    ASSERT_TRUE(read(rich));
+    const auto hasTag = [this](uint64_t tag) {
+        const Buffer& contents = module().getDynamicSections()[0]->getLoadedContents();
+        for (uint64_t place = 0; place + 2 * width() <= contents.getSize(); place += 2 * width()) {
+            if ((width() == 8 ? contents.getUnalignedUint64(place)
+                              : contents.getUnalignedUint32(place)) == tag) {
+                return true;
+            }
+        }
+        return false;
+    };
+    ASSERT_TRUE(hasTag(DT_VERNEED) && hasTag(DT_VERNEEDNUM) && hasTag(DT_HASH));
+    prune({&section(rich.verneed), &section(rich.hash)});
+    module().updateAuxiliarySections();
+    EXPECT_FALSE(hasTag(DT_VERNEED) || hasTag(DT_VERNEEDNUM) || hasTag(DT_HASH));
+    EXPECT_TRUE(hasTag(DT_VERDEF) && hasTag(DT_VERDEFNUM) && hasTag(DT_VERSYM));
+}
+
+} // namespace
+} // namespace elfext::test
