@@ -44,7 +44,7 @@ protected:
     std::unique_ptr<arlib::Archive> archive;
     arlib::ArchiveMember* members[2] = {};
     arlib::ArchiveMember* second = nullptr;
-    const attributes::FullAttr attributes;
+    const attributes::FullAttr attributes = {};
 };
 
 TEST_F(Sentences, OfFileAccess) {

@@ -287,7 +287,7 @@ TEST_P(QuickSizesTest, SpoiltSectionHeaders) {
 }
 
 TEST_P(QuickSizesTest, SpoiltEntries) {
-    const auto spoilt = [this](const auto& change) {
+    const auto spoilt = [](const auto& change) {
         PlainFile file(format());
         change(file);
         return file.builder.bytes();

@@ -7,6 +7,7 @@
 #include <set>
 
 #include "tests/elfext/round_trip_fixtures.h"
+#include "tests/support/command_runner.h"
 #include "tests/support/host_libraries.h"
 #include "tests/support/retarget.h"
 
@@ -17,11 +18,8 @@ namespace fs = std::filesystem;
 
 using testsupport::HeaderField;
 
-#if defined(__SANITIZE_ADDRESS__)
-constexpr size_t everyOnly = 40; // of the objects: the rest would take minutes
-#else
-constexpr size_t everyOnly = 1;
-#endif
+// Of the objects; under the sanitizers all would take minutes.
+constexpr size_t everyOnly = testsupport::sanitizedBuild ? 40 : 1;
 
 constexpr size_t shardCount = 8;
 

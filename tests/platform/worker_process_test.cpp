@@ -93,13 +93,18 @@ std::string doDeed(std::string_view head, std::string_view body) {
     return deeds.find(head)->second(body);
 }
 
+// The answer, or "dead: " and the last words.
+std::string answerOf(WorkerProcess& worker, std::string_view deed, std::string_view body,
+                     const WorkLimits& limits) {
+    const WorkAnswer answer = worker.ask(deed, body, limits);
+    return answer.isWhole ? answer.text : "dead: " + answer.text;
+}
+
 class WorkerProcessTest : public testing::Test {
 protected:
-    // The answer, or "dead: " and the last words.
     std::string ask(std::string_view deed, std::string_view body = "",
                     const WorkLimits& limits = amplyLimited) {
-        const WorkAnswer answer = worker.ask(deed, body, limits);
-        return answer.isWhole ? answer.text : "dead: " + answer.text;
+        return answerOf(worker, deed, body, limits);
     }
 
     WorkerProcess worker{doDeed};
@@ -250,11 +255,13 @@ TEST_F(WorkerProcessTest, ThatCannotStartSaysWhy) {
     ::getrlimit(RLIMIT_NOFILE, &before);
     const int next = ::dup(STDERR_FILENO);
     ::close(next);
+    // No member of the fixture is used without descriptors: the sanitizer's look at one needs some.
+    WorkerProcess& started = worker;
     for (const int room : {0, 1, 2, 3}) {
         struct rlimit few = before;
         few.rlim_cur = static_cast<rlim_t>(next + room);
         ::setrlimit(RLIMIT_NOFILE, &few);
-        const std::string answer = ask("echo", "body");
+        const std::string answer = answerOf(started, "echo", "body", amplyLimited);
         ::setrlimit(RLIMIT_NOFILE, &before);
         EXPECT_EQ(answer, std::string("dead: ") + std::strerror(EMFILE)) << room;
     }
