@@ -15,6 +15,18 @@ public:
     ~AllocationFailure();
     AllocationFailure(const AllocationFailure&) = delete;
     AllocationFailure& operator=(const AllocationFailure&) = delete;
+
+    // Whether it has come to that, in the life of the last one.
+    static bool hasHappened();
+};
+
+// The same for all allocations of at least so many bytes that give null where memory runs out.
+class LargeAllocationFailure {
+public:
+    explicit LargeAllocationFailure(uint64_t size);
+    ~LargeAllocationFailure();
+    LargeAllocationFailure(const LargeAllocationFailure&) = delete;
+    LargeAllocationFailure& operator=(const LargeAllocationFailure&) = delete;
 };
 
 } // namespace elfext::test

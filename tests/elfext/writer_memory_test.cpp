@@ -1,7 +1,7 @@
 // Writes that run out of memory: each allocation fails in turn, and every time it is a report and
 // a result of false, never an exception.
 #include "elfext/interface/elf_layout.h"
-#include "tests/elfext/failing_allocation.h"
+#include "tests/elfext/allocation_failure.h"
 #include "tests/elfext/round_trip_fixtures.h"
 
 namespace elfext::test {
@@ -29,7 +29,7 @@ protected:
     // the first run in which none is left to fail; and `check` after each failure.
     template <typename Act, typename Check>
     void failEach(const std::string& bytes, Act act, Check check) {
-        for (uint64_t number = 1;; ++number) {
+        for (uint64_t number = 0;; ++number) {
             CountingHandler handler;
             startModule();
             ASSERT_TRUE(read(bytes));
@@ -37,9 +37,9 @@ protected:
             bool isGood = false;
             bool hasFailed = false;
             {
-                const FailingAllocation failure(number);
+                const AllocationFailure failure(number);
                 isGood = act();
-                hasFailed = FailingAllocation::hasFailed();
+                hasFailed = AllocationFailure::hasHappened();
             }
             ASSERT_EQ(isGood, !hasFailed) << number;
             ASSERT_EQ(handler.m_Exhaustions, hasFailed ? 1U : 0U) << number;
@@ -102,7 +102,7 @@ TEST_F(WriterMemoryTest, InAWriteToAFile) {
 TEST_F(WriterMemoryTest, ForTheImage) {
     module().createNullSection(0);
     module().createSection("large", SHT_PROGBITS, 0)->setSize(100000);
-    const FailingLargeAllocations failures(100000);
+    const LargeAllocationFailure failure(100000);
     EXPECT_EQ(writtenBytes(module()), "");
     EXPECT_EQ(reports(), (Reports{{Severity_Fatal, "Out of memory"}}));
 }
