@@ -7,6 +7,9 @@
 // and false is all that the caller learns. After a failure the module can be changed and written
 // again; only where memory ran out it may have been updated in part, and has to be cleared.
 //
+// A process writes one file at a time: no other thread may write meanwhile, nor may a handler that
+// is called by a write.
+//
 // What the model holds is written. Of a file that was read, the model does not hold
 //  - bytes in front of, between and behind sections, segments and tables of headers;
 //  - the last seven bytes of `e_ident`; the second form of files is written as the plain one;
@@ -29,8 +32,8 @@ class ObjectModule;
 bool writeElfBuffer(ObjectModule* objectModule, std::unique_ptr<uint8_t[]>* image, uint64_t* size);
 
 // Makes or replaces a file, in one step: while it is written, and after a failure, the file that
-// was there is whole; see `replaceFile` of platform/interface/file_replacement.h. It keeps the old
-// one's permissions. Programs and shared libraries may be executed by whoever may read them.
+// was there is whole; see `replaceFile` of platform/interface/file_replacement.h, also for what a
+// signal leaves behind. It keeps the old one's permissions. Programs and shared libraries may be executed by whoever may read them.
 bool writeElfFile(const char* fileName, ObjectModule* objectModule);
 
 // Writes to an open stream, from its position on. The stream stays the caller's.

@@ -95,6 +95,8 @@ public:
     // `subcriteria` is not null. It must outlive this object, or belongs to it from now on.
     NotPruneCriteria(PruneCriteria* subcriteria, bool ownsSubcriteria);
     ~NotPruneCriteria() override;
+    NotPruneCriteria(const NotPruneCriteria&) = delete;
+    NotPruneCriteria& operator=(const NotPruneCriteria&) = delete;
 
     bool matchesSection(const Section* section) override;
     bool matchesSegment(const Segment* segment) override;

@@ -26,8 +26,9 @@ bool hasNullDetails(const Section& section) {
     const bool isSizeNull = section.getSize() == 0 ||
                             (isExtended && section.getSize() == objectModule.getSectionCount());
     return isSizeNull && (section.getLink() == nullptr || isExtended) &&
-           section.getName() == nullptr && section.getFlags() == 0 && section.getAddress() == 0 &&
-           section.getInfo() == 0 && section.getAlignment() == 0 && section.getEntrySize() == 0 &&
+           section.getName() == nullptr && section.getFlags() == 0 &&
+           section.getUpperFlags() == 0 && section.getAddress() == 0 && section.getInfo() == 0 &&
+           section.getAlignment() == 0 && section.getEntrySize() == 0 &&
            section.getFileOffset() == 0;
 }
 

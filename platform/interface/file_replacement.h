@@ -7,9 +7,11 @@
 namespace platform {
 
 // Makes or replaces the file `name` with `size` bytes. They are written to a new file beside it,
-// "NAME.N" with the first number that is free, which then takes its place; after a failure it is
-// gone and the old file is as it was. A stopping signal finds it guarded (temporary_file_guard.h),
-// so no other guarded file may be open.
+// "NAME.N" with the first number that is free ("tomex.N" where NAME has no room for that), which
+// then takes its place; after a failure it is gone and the old file is as it was. A stopping signal
+// finds it guarded (temporary_file_guard.h), so no other guarded file may be open. It is removed
+// then only if installTemporaryFileCleanup() has been called; without that call a write beyond the
+// user's limit on file sizes, too, ends the process and leaves the new file behind.
 //
 // The file keeps the permissions of the one that it replaces; others have the host's default ones.
 // With `isExecutable`, whoever may read it may also execute it. A symbolic link stays, and the file

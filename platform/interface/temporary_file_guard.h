@@ -7,6 +7,8 @@
 
 #include <csignal>
 
+#include <sys/types.h>
+
 namespace platform {
 
 // Puts the handlers for SIGINT, SIGTERM and SIGHUP in place. A signal that is ignored (as under
@@ -26,10 +28,11 @@ private:
     sigset_t m_Before = {};
 };
 
-// Creates a file exclusively, with the host's default permissions, and guards it in the same step:
-// a signal finds either no file or a guarded one. The result is a descriptor for writing, or -1
-// with errno set. One file at a time can be guarded; name must live until the guard ends.
-int createGuardedFile(const char* name);
+// Creates a file exclusively, with these permissions less those that the user withholds, and guards
+// it in the same step: a signal finds either no file or a guarded one. The result is a descriptor
+// for writing, or -1 with errno set. One file at a time can be guarded; name must live until the
+// guard ends.
+int createGuardedFile(const char* name, mode_t permissions = 0666);
 
 // Gives the guarded file its final name, in one step even where a file of that name stands, and
 // ends the guard. False leaves errno, the file and the guard.

@@ -18,6 +18,10 @@ namespace {
 
 constexpr mode_t permissionBits = 0777; // and none of those that lend somebody's rights
 constexpr mode_t readBits = 0444;
+constexpr mode_t defaultPermissions = 0666;
+
+// Stands for a name that has no room for a number behind it.
+constexpr const char* shortName = "tomex";
 
 // Removes the guarded file unless it has taken its place.
 class GuardedFile {
@@ -31,16 +35,17 @@ public:
         }
     }
 
-    // A descriptor for writing, or -1 with errno set.
-    int make(const char* target) {
-        for (uint32_t number = 0;; ++number) {
-            m_Name = std::string(target) + "." + std::to_string(number);
-            const int descriptor = createGuardedFile(m_Name.c_str());
-            m_IsMade = descriptor >= 0;
-            if (m_IsMade || errno != EEXIST) {
-                return descriptor;
-            }
+    // A descriptor for writing, or -1 with errno set. Nobody may read the file who may not read the
+    // old one.
+    int make(const std::string& target, const FileStatus& old) {
+        const mode_t permissions =
+            old.kind != FileKind_None ? old.mode & permissionBits : defaultPermissions;
+        const int descriptor = makeNumbered(target, permissions);
+        if (descriptor >= 0 || errno != ENAMETOOLONG) {
+            return descriptor;
         }
+        const size_t folderEnd = target.rfind('/') + 1; // 0 if there is no folder
+        return makeNumbered(target.substr(0, folderEnd) + shortName, permissions);
     }
 
     // Those of the old file, if there is one. False leaves errno.
@@ -65,6 +70,17 @@ public:
     }
 
 private:
+    int makeNumbered(const std::string& stem, mode_t permissions) {
+        for (uint32_t number = 0;; ++number) {
+            m_Name = stem + "." + std::to_string(number);
+            const int descriptor = createGuardedFile(m_Name.c_str(), permissions);
+            m_IsMade = descriptor >= 0;
+            if (m_IsMade || errno != EEXIST) {
+                return descriptor;
+            }
+        }
+    }
+
     std::string m_Name;
     bool m_IsMade = false;
 };
@@ -90,7 +106,7 @@ int replacePlainFile(const char* target, const FileStatus& old, const void* byte
         return errno;
     }
     GuardedFile file;
-    const int descriptor = file.make(target);
+    const int descriptor = file.make(target, old);
     if (descriptor < 0) {
         return errno;
     }

@@ -56,10 +56,10 @@ StoppingSignalsHeld::~StoppingSignalsHeld() {
     ::sigprocmask(SIG_SETMASK, &m_Before, nullptr);
 }
 
-int createGuardedFile(const char* name) {
+int createGuardedFile(const char* name, mode_t permissions) {
     const StoppingSignalsHeld held;
     errno = 0;
-    const int descriptor = ::open(name, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    const int descriptor = ::open(name, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, permissions);
     const int error = errno;
     if (descriptor >= 0) {
         guardedName = name;

@@ -23,11 +23,11 @@ TEST_F(ValidateTest, TheNullSectionAloneIsEnough) {
 TEST_F(ValidateTest, NullSectionNotNull) {
     using Spoil = void (*)(Section&);
     const Spoil spoils[] = {
-        [](Section& null) { null.setName("x"); },    [](Section& null) { null.setFlags(1); },
-        [](Section& null) { null.setAddress(1); },   [](Section& null) { null.setSize(1); },
-        [](Section& null) { null.setLink(&null); },  [](Section& null) { null.setInfo(1); },
-        [](Section& null) { null.setAlignment(1); }, [](Section& null) { null.setEntrySize(1); },
-        [](Section& null) { null.setFileOffset(1); }};
+        [](Section& null) { null.setName("x"); },     [](Section& null) { null.setFlags(1); },
+        [](Section& null) { null.setAddress(1); },    [](Section& null) { null.setSize(1); },
+        [](Section& null) { null.setLink(&null); },   [](Section& null) { null.setInfo(1); },
+        [](Section& null) { null.setAlignment(1); },  [](Section& null) { null.setEntrySize(1); },
+        [](Section& null) { null.setFileOffset(1); }, [](Section& null) { null.setUpperFlags(1); }};
     for (const Spoil spoil : spoils) {
         module().clear();
         spoil(*module().createNullSection(0));

@@ -11,6 +11,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "platform/interface/temporary_file_guard.h"
 #include "tests/support/scratch_folder.h"
 
 namespace platform {
@@ -75,6 +76,36 @@ TEST_F(FileReplacement, AFileIsReplacedByAnother) {
     EXPECT_NE(m_Folder.identity("a"), before);
     EXPECT_EQ(m_Folder.read("a"), std::string(600000, 'n'));
     EXPECT_EQ(m_Folder.entries(), Names{"a"});
+}
+
+// The new file stands beside it, under a name that fits.
+TEST_F(FileReplacement, NamesOfAnyLengthThatTheHostTakes) {
+    for (const size_t length : {size_t{253}, size_t{254}, size_t{255}}) {
+        const std::string name(length, 'n');
+        m_Folder.write(name, "old");
+        EXPECT_EQ(replace(name.c_str(), "new"), 0) << length;
+        EXPECT_EQ(m_Folder.read(name), "new") << length;
+        EXPECT_EQ(m_Folder.entries(), Names{name});
+        m_Folder.remove(name);
+    }
+    EXPECT_EQ(replace(std::string(256, 'n').c_str(), "new"), ENAMETOOLONG);
+    EXPECT_EQ(m_Folder.entries(), Names{});
+}
+
+// Before it has its contents, and whatever this process may give to others.
+TEST_F(FileReplacement, ANewFileOfThesePermissionsIsGuarded) {
+    const Mask mask(022);
+    const std::string path = m_Folder.pathOf("private");
+    const int descriptor = createGuardedFile(path.c_str(), 0600);
+    ASSERT_GE(descriptor, 0);
+    ::close(descriptor);
+    EXPECT_EQ(m_Folder.mode("private"), 0600U);
+    EXPECT_TRUE(removeGuardedFile());
+    const int other = createGuardedFile(path.c_str());
+    ASSERT_GE(other, 0);
+    ::close(other);
+    EXPECT_EQ(m_Folder.mode("private"), 0644U);
+    EXPECT_TRUE(removeGuardedFile());
 }
 
 // Who has it open goes on reading the old one.
