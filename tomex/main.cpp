@@ -3,6 +3,7 @@
 #include <new>
 
 #include "alloclib/interface/default_region.h"
+#include "alloclib/interface/quiet_exhaustion.h"
 #include "messages/interface/message_keys.h"
 #include "messages/interface/message_session.h"
 #include "messages/interface/report.h"
@@ -12,8 +13,12 @@
 
 namespace {
 
-// The heap is at its end: says so and leaves, with the temporary file cleaned up.
+// The heap is at its end: says so and leaves, with the temporary file cleaned up, unless what goes
+// on can be given up.
 void reportOutOfMemory() {
+    if (alloclib::QuietExhaustion::isActive()) {
+        throw std::bad_alloc();
+    }
     std::set_new_handler(nullptr);
     messages::report(messages::Severity_Fatal, messages::MessageKey_OutOfMemory);
 }

@@ -26,7 +26,8 @@ void PushDefaultParent(Region* region);
 // Goes back to the default parent before the last `PushDefaultParent`.
 void PopDefaultParent();
 
-// Ends the process with the text of exhausted memory; `size` is how many bytes were asked for.
+// Ends the process with the text of exhausted memory; `size` is how many bytes were asked for. In a
+// thread that has a QuietExhaustion it throws std::bad_alloc.
 [[noreturn]] void endOutOfMemory(uint64_t size);
 
 // Aids for finding faults; the tool itself uses none of them.

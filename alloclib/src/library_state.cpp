@@ -1,6 +1,7 @@
 // Start, end and default parents of the library, and its two ways to give up.
 #include "alloclib/src/library_state.h"
 
+#include "alloclib/interface/quiet_exhaustion.h"
 #include "alloclib/interface/region_stats.h"
 #include "alloclib/src/region_malloc_free.h"
 #include "alloclib/src/stats_lists.h"
@@ -8,6 +9,7 @@
 #include <algorithm>
 #include <cstdarg>
 #include <cstdio>
+#include <new>
 
 namespace alloclib {
 
@@ -107,6 +109,9 @@ void PopDefaultParent() {
 }
 
 void endOutOfMemory(uint64_t size) {
+    if (QuietExhaustion::isActive()) {
+        throw std::bad_alloc();
+    }
     uint64_t systemSize = 0;
     if (theState.systemRegion != nullptr) {
         theState.systemRegion->PrepareStats();

@@ -5,6 +5,9 @@
 // the host has processors: the first stretches while the headers of later members are still being
 // read. All other members, and all of a file that changed meanwhile, are left to be read one by
 // one.
+//
+// The threads look at files by way of platform::MappedStretch; what that demands of the process
+// goes for them. They use no region and report nothing.
 #pragma once
 
 #include <atomic>
@@ -34,7 +37,8 @@ public:
     // Takes a member to be measured. All of them come from one archive.
     void memberRead(const ArchiveMember& member) override;
 
-    // Ends the measuring; to be called before find(). Nothing is reported.
+    // Ends the measuring; to be called before find(). Nothing is reported: what could not be
+    // measured, also for want of memory, is to be read.
     void finish();
 
     // The sizes of a member, as its module would give them, or null if it is to be read. A member
@@ -61,7 +65,9 @@ private:
     void addThread();
     Batch* nextBatch();
     void work();
+    void finishWork();
     void stop();
+    void giveUp();
 
     std::shared_ptr<const SourceFile> m_Source; // the archive file, as it was when it was read
     platform::InputFile m_File;

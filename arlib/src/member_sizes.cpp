@@ -4,6 +4,7 @@
 #include <new>
 #include <system_error>
 
+#include "alloclib/interface/quiet_exhaustion.h"
 #include "arlib/interface/archive_member.h"
 #include "arlib/interface/archive_member_type.h"
 #include "arlib/interface/contents_location.h"
@@ -15,16 +16,28 @@ namespace arlib {
 namespace {
 
 // Bytes of an archive that are mapped at a time, unless a single member is larger.
-constexpr uint64_t stretchSize = uint64_t{4} << 20;
+constexpr uint64_t stretchSize = uint64_t{2} << 20;
+
+// With more of them the file cannot be had any faster.
+constexpr size_t mostThreads = 8;
 
 } // namespace
 
 MemberSizes::~MemberSizes() {
+    giveUp();
+}
+
+// Ends all that goes on and lets go of what has been found.
+void MemberSizes::giveUp() {
+    m_IsGivenUp = true;
     {
         const std::lock_guard<std::mutex> lock(m_Mutex);
-        m_NextBatch = m_Batches.size(); // nobody wants the others any more
+        m_NextBatch = m_Batches.size();
     }
     stop();
+    m_Open = {};
+    m_Batches.clear();
+    m_Found.clear();
 }
 
 bool MemberSizes::isSourceAsItWas() const {
@@ -44,14 +57,15 @@ void MemberSizes::memberRead(const ArchiveMember& member) {
     if (m_IsGivenUp || member.getType() != getElfImageType() || member.getSize() == 0) {
         return;
     }
-    if (m_Source == nullptr && !openSource(member)) {
-        m_IsGivenUp = true;
-        return;
-    }
+    const alloclib::QuietExhaustion quiet;
     try {
-        take(member, place);
+        if (m_Source == nullptr && !openSource(member)) {
+            m_IsGivenUp = true;
+        } else {
+            take(member, place);
+        }
     } catch (const std::bad_alloc&) {
-        m_IsGivenUp = true;
+        giveUp();
     }
 }
 
@@ -71,7 +85,7 @@ void MemberSizes::closeBatch() {
     }
     m_Open = {};
     m_Change.notify_one();
-    if (m_Threads.size() + 1 < std::thread::hardware_concurrency()) {
+    if (m_Threads.size() + 1 < std::min<size_t>(std::thread::hardware_concurrency(), mostThreads)) {
         addThread();
     }
 }
@@ -93,6 +107,7 @@ MemberSizes::Batch* MemberSizes::nextBatch() {
 
 // What each thread does.
 void MemberSizes::work() {
+    const alloclib::QuietExhaustion quiet;
     elfext::QuickSizes quickSizes;
     platform::MappedStretch stretch;
     for (Batch* batch = nextBatch(); batch != nullptr; batch = nextBatch()) {
@@ -125,7 +140,16 @@ void MemberSizes::stop() {
     m_Threads.clear();
 }
 
-void MemberSizes::finish() try {
+void MemberSizes::finish() {
+    const alloclib::QuietExhaustion quiet;
+    try {
+        finishWork();
+    } catch (const std::bad_alloc&) {
+        giveUp();
+    }
+}
+
+void MemberSizes::finishWork() {
     {
         const std::lock_guard<std::mutex> lock(m_Mutex);
         if (!m_Open.empty()) {
@@ -137,6 +161,7 @@ void MemberSizes::finish() try {
     work();
     stop();
     if (m_IsGivenUp || m_Source == nullptr || !isSourceAsItWas()) {
+        giveUp();
         return;
     }
     m_Found.resize(m_PlaceCount);
@@ -145,8 +170,6 @@ void MemberSizes::finish() try {
             m_Found[entry.place] = entry.isMeasured ? &entry : nullptr;
         }
     }
-} catch (const std::bad_alloc&) {
-    m_Found.clear();
 }
 
 const elfext::SizeStatistics* MemberSizes::find(const ArchiveMember& member, uint32_t place) const {

@@ -23,9 +23,10 @@ public:
     QuickSizes& operator=(const QuickSizes&) = delete;
 
     // Measures the `size` bytes of a file at `bytes`, not null. True if the file can be read
-    // without a report and holds no section with the entry point; `statistics` is then what
-    // computeSizeStatistics() says of its module. False tells nothing, and `statistics` is
-    // undefined. The bytes may change meanwhile: the answer is then that of some mixture, but
+    // without a report, unless that passes the reader's limits, and holds no section with the
+    // entry point; `statistics` is then what computeSizeStatistics() says of its module. Where
+    // memory runs out with an exception, the answer is false. False tells nothing, and `statistics`
+    // is undefined. The bytes may change meanwhile: the answer is then that of some mixture, but
     // nothing outside of them is read.
     bool measure(const uint8_t* bytes, uint64_t size, SizeStatistics& statistics);
 

@@ -1,8 +1,9 @@
 // One walk over a relocatable file: what its section headers come to, and the checks of a read.
 //
-// Each check answers what the reader would: false wherever that one would report something, or
-// would have to look closer. So this file and the passes of the reader say the same thing twice;
-// tests hold them against each other on real, on made and on damaged files.
+// Each check answers what the reader would: false wherever that one would report something (but
+// that it has passed its limits: this here takes less), or would have to look closer. So this file
+// and the passes of the reader say the same thing twice; tests hold them against each other on
+// real, on made and on damaged files.
 #include "elfext/interface/quick_sizes.h"
 
 #include "elfext/interface/build_attributes_parsers.h"
@@ -97,8 +98,8 @@ public:
 
     template <typename Layout>
     bool run(Layout layout) {
-        return readHeaders(layout) && measureSections() && checkSections(layout) &&
-               checkOverlaps() && splitCode();
+        return readHeaders(layout) && measureSections() && checkPlaces() && checkSections(layout) &&
+               splitCode();
     }
 
 private:
@@ -191,20 +192,32 @@ private:
 
     // --- Checks
 
-    template <typename Layout>
-    bool checkSections(Layout layout) {
-        m_Scratch.isInGroup.resize(sectionCount());
+    // Comes before any look into sections: those that share no bytes are together no longer than
+    // the file.
+    bool checkPlaces() {
         for (uint32_t i = 1; i < sectionCount(); ++i) {
             const Elf64_Shdr& section = header(i);
             if (section.sh_type == SHT_NOBITS) {
                 continue;
             }
-            if (!isInFile(section) || !checkSection(layout, section)) {
+            if (!isInFile(section)) {
                 return false;
             }
             const bool isRelocations = section.sh_type == SHT_RELA || section.sh_type == SHT_REL;
             std::vector<Part>& parts = isRelocations ? m_Scratch.relocationParts : m_Scratch.parts;
             parts.push_back({section.sh_offset, section.sh_offset + section.sh_size});
+        }
+        return checkOverlaps();
+    }
+
+    template <typename Layout>
+    bool checkSections(Layout layout) {
+        m_Scratch.isInGroup.resize(sectionCount());
+        for (uint32_t i = 1; i < sectionCount(); ++i) {
+            const Elf64_Shdr& section = header(i);
+            if (section.sh_type != SHT_NOBITS && !checkSection(layout, section)) {
+                return false;
+            }
         }
         return true;
     }
@@ -275,10 +288,12 @@ private:
 
     // Takes note of a mapping symbol in a section of code.
     void addMark(const Elf64_Sym& symbol, std::string_view name) {
-        const bool isOutside = symbol.st_shndx == SHN_UNDEF || symbol.st_shndx >= sectionCount();
-        if (!isOutside && m_Scratch.isCode[symbol.st_shndx] &&
+        const uint32_t section = symbol.st_shndx;
+        // In a file of very many sections these are numbers of sections, too.
+        const bool isHosted = section != SHN_UNDEF && section != SHN_ABS && section != SHN_COMMON;
+        if (isHosted && m_Scratch.isCode[section] &&
             getSymbolKind(std::string(name).c_str()) == SymbolKind_Mapping) {
-            m_Scratch.places.push_back({symbol.st_shndx, {symbol.st_value, codeBucketOf(name)}});
+            m_Scratch.places.push_back({section, {symbol.st_value, codeBucketOf(name)}});
         }
     }
 
@@ -326,11 +341,13 @@ private:
     }
 
     // The parser relies on the ends of texts that it has found, so it gets bytes that stay.
-    bool areAttributesSound(const Elf64_Shdr& section) const {
+    // One such section is plain.
+    bool areAttributesSound(const Elf64_Shdr& section) {
         uint8_t copy[plainAttributesLimit];
-        if (section.sh_size > sizeof copy) {
+        if (m_HasAttributes || section.sh_size > sizeof copy) {
             return false;
         }
+        m_HasAttributes = true;
         std::copy_n(contents(section), section.sh_size, copy);
         return SoundnessParser().parse(copy, section.sh_size, m_Bytes[EI_DATA] == ELFDATA2LSB);
     }
@@ -395,6 +412,7 @@ private:
     Elf64_Ehdr m_Header = {};
     Elf64_Shdr m_Names = {};
     bool m_HasSymbols = false;
+    bool m_HasAttributes = false;
 };
 
 QuickSizes::QuickSizes() = default;

@@ -4,6 +4,10 @@
 // read, such a look has nobody to tell of a failure: the host stops the process where bytes of a
 // mapped file cannot be had, because the file was cut meanwhile or the disk fails. Here such bytes
 // read as zeros instead, and the stretch says afterwards that it has lost some.
+//
+// For that the first mapping of a process puts a handler for SIGBUS in place, which stays. It hands
+// on what is none of its own to the handler that was there before. Who puts another one in its
+// place later, or holds the signal back in a thread that looks, does without the zeros.
 #pragma once
 
 #include <cstddef>

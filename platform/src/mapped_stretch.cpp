@@ -48,14 +48,32 @@ bool putZeros(Guard& guard, const uint8_t* address) {
                 MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED, -1, 0) != MAP_FAILED;
 }
 
-// The look is made again after the return. One that is none of ours meets what it would have met.
-void onLostBytes(int, siginfo_t* info, void*) {
+// What would have become of a signal without the handler below.
+void handOn(int signal, siginfo_t* info, void* context) {
+    const bool hasInfo = (actionBefore.sa_flags & SA_SIGINFO) != 0;
+    if (hasInfo) {
+        actionBefore.sa_sigaction(signal, info, context);
+    } else if (actionBefore.sa_handler == SIG_DFL ||
+               (actionBefore.sa_handler == SIG_IGN && info->si_code > 0)) {
+        // A look is made again after the return and ends the process; a signal that somebody sent
+        // is sent again.
+        std::signal(signal, SIG_DFL);
+        if (info->si_code <= 0) {
+            std::raise(signal);
+        }
+    } else if (actionBefore.sa_handler != SIG_IGN) {
+        actionBefore.sa_handler(signal);
+    }
+}
+
+// The look is made again after the return.
+void onLostBytes(int signal, siginfo_t* info, void* context) {
     const int error = errno;
     const auto* const address = static_cast<const uint8_t*>(info->si_addr);
     const bool isOurs = std::any_of(guards.begin(), guards.end(),
                                     [address](Guard& guard) { return putZeros(guard, address); });
     if (!isOurs) {
-        sigaction(SIGBUS, &actionBefore, nullptr);
+        handOn(signal, info, context);
     }
     errno = error;
 }
@@ -110,8 +128,13 @@ bool MappedStretch::map(const InputFile& file, uint64_t offset, size_t size) {
     }
     const uint64_t lead = offset % pageSize();
     const uint64_t pages = (lead + size + pageSize() - 1) / pageSize();
+    if (pages > SIZE_MAX / pageSize()) {
+        errno = ENOMEM;
+        return false;
+    }
+    const auto room = static_cast<size_t>(pages * pageSize());
     errno = 0;
-    void* const place = mmap(nullptr, pages * pageSize(), PROT_READ, MAP_PRIVATE, file.descriptor(),
+    void* const place = mmap(nullptr, room, PROT_READ, MAP_PRIVATE, file.descriptor(),
                              static_cast<off_t>(offset - lead));
     if (place == MAP_FAILED) {
         return false;
@@ -120,7 +143,7 @@ bool MappedStretch::map(const InputFile& file, uint64_t offset, size_t size) {
     m_Guard->hasLostBytes.store(false);
     m_Guard->thread.store(gettid());
     m_Guard->begin.store(begin);
-    m_Guard->end.store(begin + pages * pageSize());
+    m_Guard->end.store(begin + room);
     m_Bytes = begin + lead;
     return true;
 }

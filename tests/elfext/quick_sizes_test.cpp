@@ -320,6 +320,41 @@ TEST_P(QuickSizesTest, SpoiltEntries) {
     expectNotQuick(spoilt([](PlainFile& file) { file.builder.addSymbols({}); }));
 }
 
+// Each of them is looked at, so together they must not be longer than the file.
+TEST_P(QuickSizesTest, VeryManySectionsOverTheSameBytes) {
+    for (const uint32_t type : {elf::SHT_NOTE, elf::SHT_PROGBITS}) {
+        ElfBuilder builder(format());
+        const size_t first = builder.add(sectionOf("first", 0, 5000, type));
+        for (int i = 0; i < 60000; ++i) {
+            builder.add(sectionOf("", 0, 0, type));
+        }
+        std::string bytes = builder.bytes();
+        const uint64_t offset = sectionField(bytes, first, SectionField::Offset);
+        for (size_t i = first + 1; i < first + 60001; ++i) {
+            setSectionField(bytes, i, SectionField::Offset, offset);
+            setSectionField(bytes, i, SectionField::Size, 5000);
+        }
+        expectNotQuick(bytes);
+    }
+}
+
+// The numbers of absolute and common symbols are those of sections, too.
+TEST_P(QuickSizesTest, MappingSymbolsOfNoSectionAmongVeryManySections) {
+    ElfBuilder builder(format());
+    for (int i = 1; i < 0xFFF4; ++i) {
+        builder.add(sectionOf("", A | X, i >= 0xFFF0 ? 8 : 0));
+    }
+    builder.addSymbols({{.name = "$a", .section = elf::SHN_ABS, .reserved = true},
+                        {.name = "$a", .section = elf::SHN_COMMON, .reserved = true}});
+    std::string bytes = builder.bytes();
+    // The builder counts so many sections where they do not fit; here they do.
+    setHeaderField(bytes, HeaderField::SectionHeaderCount, 0xFFF8);
+    setHeaderField(bytes, HeaderField::NameTableIndex, 0xFFF6);
+    setSectionField(bytes, 0, SectionField::Size, 0);
+    setSectionField(bytes, 0, SectionField::Link, 0);
+    expectNoLie(bytes);
+}
+
 // --- Attributes
 
 TEST_P(QuickSizesTest, AttributesOfTheFile) {
@@ -346,6 +381,13 @@ TEST_P(QuickSizesTest, AttributesOfTheFile) {
     // Attributes of sections and symbols may be bad because of what they are about.
     expectNotQuick(sound("qeabi", build.sections({1}, none)));
     expectNotQuick(sound("qeabi", build.symbols({1}, none)));
+    // What two of them come to is for the reader.
+    PlainFile two(format());
+    for (int i = 0; i < 2; ++i) {
+        two.builder.add(
+            {.name = ".QEL.attributes", .type = elf::SHT_QEL_ATTRIBUTES, .contents = "A"});
+    }
+    expectNotQuick(two.builder);
     // The most that is looked at, and a byte more.
     const auto ofSize = [&](size_t size) {
         const std::string frame = "A" + build.subsection("x", build.file(""));

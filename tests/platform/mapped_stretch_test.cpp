@@ -8,7 +8,9 @@
 #include <thread>
 #include <vector>
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
 #include "tests/support/scratch_folder.h"
@@ -136,20 +138,44 @@ TEST_F(MappedStretchTest, MoreStretchesThanThereMayBe) {
     EXPECT_TRUE(other.map(m_File, 0, 1));
 }
 
-// Whatever else fails like that ends the process as ever.
+// Whatever else fails like that ends the process as ever, and so does a signal that is sent.
 TEST_F(MappedStretchTest, OtherFaultsAreNotTouched) {
-    EXPECT_EXIT(
-        {
-            std::signal(SIGBUS, SIG_DFL);
-            MappedStretch stretch;
-            if (!stretch.map(m_File, 0, 1)) {
-                std::_Exit(1);
-            }
-            std::raise(SIGBUS);
-            std::raise(SIGBUS); // the first one puts back what was in place before
-            std::_Exit(2);
-        },
-        testing::KilledBySignal(SIGBUS), "");
+    GTEST_FLAG_SET(death_test_style, "threadsafe"); // a process without the handler as yet
+    const auto die = [this](void (*last)()) {
+        std::signal(SIGBUS, SIG_DFL);
+        MappedStretch stretch;
+        if (!stretch.map(m_File, 0, 1)) {
+            std::_Exit(1);
+        }
+        last();
+        std::_Exit(2);
+    };
+    EXPECT_EXIT(die([] { std::raise(SIGBUS); }), testing::KilledBySignal(SIGBUS), "");
+    static const volatile char* lost;
+    const int descriptor = open(path().c_str(), O_RDONLY);
+    lost = static_cast<const volatile char*>(
+        mmap(nullptr, 2 * m_PageSize, PROT_READ, MAP_PRIVATE, descriptor, 0));
+    cutTo(m_PageSize);
+    EXPECT_EXIT(die([] { std::_Exit(lost[sysconf(_SC_PAGESIZE)]); }),
+                testing::KilledBySignal(SIGBUS), "");
+    close(descriptor);
+}
+
+// A handler of the program's own gets what is its own, as often as it comes.
+TEST_F(MappedStretchTest, AnEarlierHandlerStaysInUse) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const auto countSignals = [this] {
+        static int count;
+        std::signal(SIGBUS, [](int) { ++count; });
+        MappedStretch stretch;
+        const bool isMapped = stretch.map(m_File, 0, 2 * m_PageSize);
+        cutTo(m_PageSize);
+        std::raise(SIGBUS);
+        const bool isLost = textOf(stretch, m_PageSize, 1) == std::string(1, '\0');
+        std::raise(SIGBUS);
+        std::_Exit(isMapped && isLost && stretch.hasLostBytes() ? 10 + count : 1);
+    };
+    EXPECT_EXIT(countSignals(), testing::ExitedWithCode(12), "");
 }
 
 } // namespace
