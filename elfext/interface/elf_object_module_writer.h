@@ -33,7 +33,8 @@ bool writeElfBuffer(ObjectModule* objectModule, std::unique_ptr<uint8_t[]>* imag
 
 // Makes or replaces a file, in one step: while it is written, and after a failure, the file that
 // was there is whole; see `replaceFile` of platform/interface/file_replacement.h, also for what a
-// signal leaves behind. It keeps the old one's permissions. Programs and shared libraries may be executed by whoever may read them.
+// signal leaves behind. It keeps the old one's permissions. Programs and shared libraries may be
+// executed by whoever may read them.
 bool writeElfFile(const char* fileName, ObjectModule* objectModule);
 
 // Writes to an open stream, from its position on. The stream stays the caller's.
