@@ -1,5 +1,6 @@
 // Feeds any bytes to the ELF reader, and lets the library work on what was read: it is validated,
-// laid out and written, read again, cut down and written once more.
+// laid out and written, read again, changed in a way that cannot be written, changed back, cut down
+// and written once more.
 //
 // A handler that lets the read go on wherever it can gets modules of damaged files. Whatever they
 // say, nothing here may crash. A file that neither the reader nor validation had a word on must be
@@ -82,6 +83,27 @@ void writeAndRead(elfext::ObjectModule& module, bool isSound) {
     }
 }
 
+// Gives a module that could be written more texts and entries than a loaded image has room for,
+// and takes them back. Then it can be written again.
+void growAndShrink(elfext::ObjectModule& module) {
+    std::unique_ptr<uint8_t[]> image;
+    uint64_t size = 0;
+    if (module.getDynamicSections().getSize() == 0 ||
+        !elfext::writeElfBuffer(&module, &image, &size)) {
+        return;
+    }
+    elfext::ManualPruneCriteria added;
+    for (const size_t length : {size_t{1}, size_t{64}, size_t{4096}}) {
+        added.addNeededLibrary(module.addNeededLibrary(std::string(length, 'n').c_str()));
+    }
+    const bool isRefused = !elfext::writeElfBuffer(&module, &image, &size);
+    module.prune(added);
+    if (isRefused && !elfext::writeElfBuffer(&module, &image, &size)) {
+        std::fprintf(stderr, "what was written cannot be written again\n");
+        std::abort();
+    }
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
@@ -104,6 +126,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     handler.reports = ofReading;
     validate(module, handler, size);
     writeAndRead(module, handler.reports == 0);
+    growAndShrink(module);
     TurnCriteria criteria(2 + data[size / 2] % 5);
     module.prune(criteria);
     module.imposeSectionOrder();

@@ -57,6 +57,15 @@ public:
 
     virtual void setFileOffset(uint64_t offset) = 0;
 
+    // The size that the region had in a file, as of the last read or layout; 0 if it has been in
+    // none. Layout lets nothing grow out of what holds it, and leaves what was too long already.
+    uint64_t getSettledSize() const { return m_SettledSize; }
+    // The present size is that of a file.
+    void settleSize() {
+        uint64_t offset = 0;
+        getFileRange(&offset, &m_SettledSize);
+    }
+
     // A power of two or 0. Without effect on regions that have no alignment of their own.
     virtual void setAlignment(uint64_t alignment) = 0;
 
@@ -112,6 +121,7 @@ private:
     ContainedList* m_Contained = nullptr; // both made when they are needed first
     ContainerList* m_Containers = nullptr;
     FileRegionLinker* m_Linker = nullptr;
+    uint64_t m_SettledSize = 0;
     bool m_IsDetached = false;
 };
 

@@ -17,6 +17,7 @@
 #include "elfext/interface/relocation_list.h"
 #include "elfext/interface/symbol_list.h"
 
+#include <algorithm>
 #include <cstdint>
 
 namespace elfext {
@@ -151,6 +152,19 @@ public:
     void setContents(const void* bytes, uint64_t size);
     // From now on the bytes are held elsewhere; see `Buffer::setExternalData`.
     void setExternalContents(ExternalDataFunction function, void* context, uint64_t size);
+    // What the last update of the auxiliary sections has added to the contents, as long as layout
+    // has given them no place. Layout may refuse them, so the next update starts without it.
+    struct Unsettled {
+        uint64_t m_Growth = 0; // bytes that the contents have become longer by
+        uint64_t m_Added = 0;  // bytes at the end of what is in use of them
+    };
+    const Unsettled& getUnsettled() const { return m_Unsettled; }
+    void setUnsettled(const Unsettled& unsettled) { m_Unsettled = unsettled; }
+    // The size of the contents, which are not deferred, without that growth.
+    uint64_t getSettledContentsSize() const {
+        const uint64_t size = getLoadedContents().getSize();
+        return size - std::min(size, m_Unsettled.m_Growth);
+    }
     bool hasExternalContents() const { return m_HasExternalContents; }
 
     bool isContentsDeferred() const { return m_DeferredContents != nullptr; }
@@ -278,6 +292,7 @@ private:
     uint32_t m_NameOffset = 0;
     mutable uint32_t m_Index = 0;
     uint64_t m_FileOffset = 0;
+    Unsettled m_Unsettled;
     Buffer m_Contents;
     Segment* m_Segment = nullptr;
     Group* m_Group = nullptr;

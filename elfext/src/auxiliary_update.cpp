@@ -30,7 +30,10 @@ StringTableBuilder& AuxiliaryState::textsOf(StringTableSection* table) {
 
 void AuxiliaryState::setContents(Section& section, const void* bytes, uint64_t size) const {
     const bool isOtherSize = section.getContentsSize() != size;
+    const uint64_t settled = section.getSettledContentsSize();
     section.setContents(size != 0 ? bytes : "", size);
+    const uint64_t growth = size - std::min(size, settled);
+    section.setUnsettled({growth, growth});
     if (isOtherSize && !isPlaced(section)) {
         section.forgetFileOffset();
     }
@@ -471,7 +474,7 @@ private:
 
     // --- Contents
 
-    // A table whose offsets others know keeps its bytes.
+    // A table whose offsets others know keeps its bytes. Nobody knows those that layout refused.
     void startTexts() {
         for (StringTableSection* const table :
              {m_State.m_SectionNames, m_State.m_SymbolNames, m_State.m_DynamicNames,
@@ -483,7 +486,8 @@ private:
         for (auto& [table, builder] : m_State.m_Texts) {
             if (m_State.isPlaced(*table) || hasOtherUsers(table)) {
                 const Buffer& bytes = std::as_const(*table).getLoadedContents();
-                builder.keep({bytes.getData(), static_cast<size_t>(bytes.getSize())});
+                builder.keep(
+                    {bytes.getData(), static_cast<size_t>(table->getSettledContentsSize())});
             }
         }
     }

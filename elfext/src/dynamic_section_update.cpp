@@ -51,12 +51,18 @@ public:
         for (const DynamicEntry& entry : m_Old) {
             keepEntry(entry);
         }
+        m_KeptCount = m_Entries.size();
         addRest();
         return m_Entries;
     }
 
     // How many entries the section had, the ending ones included.
     uint64_t slotCount() const { return m_SlotCount; }
+    // True if they need one that ends them: a file that had none, and gets nothing more, has not
+    // outgrown its place.
+    bool needsEnd() const { return m_Old.size() < m_SlotCount || addedCount() != 0; }
+    // How many of those that have been made were not there.
+    uint64_t addedCount() const { return m_Entries.size() - m_KeptCount; }
 
 private:
     // --- What the model has
@@ -250,6 +256,7 @@ private:
     AuxiliaryState& m_State;
     ObjectModule& m_Module;
     uint64_t m_SlotCount = 0;
+    size_t m_KeptCount = 0; // of the entries that are there
     std::vector<DynamicEntry> m_Old;
     std::vector<DynamicEntry> m_Entries;
     std::map<uint32_t, std::vector<const char*>> m_Texts;
@@ -262,13 +269,14 @@ private:
 
 } // namespace
 
+// What an update has added is made again if it is still wanted.
 std::vector<DynamicEntry> readDynamicEntries(const AuxiliaryState& state, uint64_t& slotCount) {
     std::vector<DynamicEntry> entries;
     const Buffer& bytes = std::as_const(*state.m_Dynamic).getLoadedContents();
     const uint64_t entrySize = state.m_Sizes.dynamicEntry;
-    slotCount = bytes.getSize() / entrySize;
+    slotCount = state.m_Dynamic->getSettledContentsSize() / entrySize;
     withLayout(state.m_Is64, state.m_IsLittleEndian, [&](auto layout) {
-        for (uint64_t i = 0; i < slotCount; ++i) {
+        for (uint64_t i = 0; i < bytes.getSize() / entrySize; ++i) {
             const uint8_t* const entry = bytes.getData() + i * entrySize;
             const uint64_t tag = layout.address(entry);
             if (static_cast<uint32_t>(tag) == DT_NULL) {
@@ -277,6 +285,8 @@ std::vector<DynamicEntry> readDynamicEntries(const AuxiliaryState& state, uint64
             entries.push_back({tag, layout.address(entry + layout.sizes.address), nullptr});
         }
     });
+    const uint64_t added = state.m_Dynamic->getUnsettled().m_Added / entrySize;
+    entries.resize(entries.size() - std::min<size_t>(entries.size(), added));
     return entries;
 }
 
@@ -344,8 +354,11 @@ void fillDynamic(AuxiliaryState& state) {
         bytes.address(entry.text != nullptr ? texts.offsetOf(entry.text) : entry.value);
     }
     const uint64_t entrySize = state.m_Sizes.dynamicEntry;
-    bytes.resize(std::max(bytes.size() + entrySize, entries.slotCount() * entrySize));
+    const uint64_t endSize = entries.needsEnd() || bytes.size() == 0 ? entrySize : 0;
+    bytes.resize(std::max(bytes.size() + endSize, entries.slotCount() * entrySize));
     state.setTable(*state.m_Dynamic, bytes, entrySize);
+    state.m_Dynamic->setUnsettled(
+        {state.m_Dynamic->getUnsettled().m_Growth, entries.addedCount() * entrySize});
     state.m_Dynamic->setLink(table);
 }
 

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <tuple>
 #include <vector>
 
 namespace elfext {
@@ -47,6 +48,12 @@ struct Block {
     bool isPlaceKnown = false;
     uint64_t knownStart = 0;
     uint64_t start = 0;
+
+    // Blocks are placed by this, ascending: those that had no place come last.
+    std::tuple<bool, bool, uint64_t> rank() const {
+        return {!hasHeader, !isPlaceKnown,
+                isPlaceKnown ? knownStart + static_cast<uint64_t>(first) : 0};
+    }
 };
 
 class ElfLayout {
@@ -201,13 +208,7 @@ private:
             order.push_back(&block);
         }
         std::stable_sort(order.begin(), order.end(), [](const Block* left, const Block* right) {
-            if (left->hasHeader != right->hasHeader) {
-                return left->hasHeader;
-            }
-            const uint64_t leftStart = left->isPlaceKnown ? left->knownStart : UINT64_MAX;
-            const uint64_t rightStart = right->isPlaceKnown ? right->knownStart : UINT64_MAX;
-            return leftStart + static_cast<uint64_t>(left->first) <
-                   rightStart + static_cast<uint64_t>(right->first);
+            return left->rank() < right->rank();
         });
         return std::all_of(order.begin(), order.end(),
                            [this](Block* block) { return placeBlock(*block); });
@@ -301,6 +302,7 @@ private:
     void enterPlaces() {
         for (uint32_t i = 0; i < m_Parts.count(); ++i) {
             m_Parts[i].region->setFileOffset(m_Parts[i].place);
+            m_Parts[i].region->settleSize();
         }
         m_Module.setSectionHeaderOffset(m_Parts[m_Parts.sectionTable()].place);
         m_Module.setSectionHeaderSize(m_Sizes.sectionHeader);

@@ -38,6 +38,18 @@ bool runPasses(ReadState& state) {
     return true;
 }
 
+// Layout wants to know later on what has changed its size.
+void settleSizes(ObjectModule& objectModule) {
+    for (Section* const section : objectModule.getSections()) {
+        section->settleSize();
+    }
+    for (Segment* const segment : objectModule.getSegments()) {
+        segment->settleSize();
+    }
+    objectModule.getProgramHeaderTable().settleSize();
+    objectModule.getSectionHeaderTable().settleSize();
+}
+
 // Reads from what the low-level layer has open. `isFileKept` tells whether the module has taken
 // the stream over.
 bool readCore(const InputStream& stream, uint64_t size, ObjectModule& objectModule,
@@ -51,7 +63,9 @@ bool readCore(const InputStream& stream, uint64_t size, ObjectModule& objectModu
         isFileKept = state.m_IsFileKept;
     }
     region->Destroy(true);
-    if (!isGood) {
+    if (isGood) {
+        settleSizes(objectModule);
+    } else {
         objectModule.clear();
         objectModule.releaseImages();
     }

@@ -72,8 +72,12 @@ private:
         return true;
     }
 
-    // True if what a part takes of raw data are zeros.
+    // True if what a part takes of raw data are zeros. The header is always made anew, so where a
+    // file said that it was shorter, the rest of it is not lost.
     bool isFree(const Stretch& raw, const Stretch& over) const {
+        if (over.part == m_Parts.elfHeader()) {
+            return true;
+        }
         const int64_t start = std::max(raw.start, over.start);
         const int64_t end = std::min(raw.end, over.end);
         return m_Parts.rawData(raw.part).isZero(static_cast<uint64_t>(start - raw.start),

@@ -76,7 +76,8 @@ bool LayoutParts::add(FileRegion* region, bool hasItem) {
 bool LayoutParts::relate() {
     m_IsContainerDone.assign(m_Parts.size(), false);
     for (uint32_t i = 0; i < m_FirstSection; ++i) {
-        if (!spendOn(*m_Parts[i].region) || !relateContained(i) || !relateContainers(i)) {
+        if (!spendOn(*m_Parts[i].region) || !relateContained(i) || !relateContainers(i) ||
+            !relateHeader(i)) {
             return false;
         }
     }
@@ -133,9 +134,33 @@ bool LayoutParts::relateContainers(uint32_t segment) {
     return true;
 }
 
+// What starts where the file does starts with the header, even if a file said that there is none.
+bool LayoutParts::relateHeader(uint32_t segment) {
+    uint64_t offset = 0;
+    uint64_t size = 0;
+    const bool isAtStart =
+        m_Parts[segment].region->getFileRange(&offset, &size) && offset == 0 && size != 0;
+    return !isAtStart || join(segment, m_ElfHeader, 0);
+}
+
+// True if the part was as long in a file and lay there as it does now.
+bool LayoutParts::stoodSo(uint32_t segment, uint32_t part, uint64_t offset) const {
+    uint64_t places[2] = {};
+    for (const uint32_t number : {segment, part}) {
+        const FileRegion& region = *m_Parts[number].region;
+        uint64_t size = 0;
+        if (!region.getFileRange(&places[number == part], &size) ||
+            region.getSettledSize() != m_Parts[number].size) {
+            return false;
+        }
+    }
+    return places[1] - places[0] == offset;
+}
+
 // A loader sees the bytes of the segments that it maps. What is loaded and has outgrown such a
-// segment would be cut off in memory. (Other segments may well end inside of a section, such as
-// those that tell which part of an image may be made read-only.)
+// segment would be cut off in memory; what was too long in the file is as good as it was. (Other
+// segments may well end inside of a section, such as those that tell which part of an image may be
+// made read-only.)
 bool LayoutParts::fits(uint32_t segment, uint32_t part, uint64_t offset) const {
     const bool isLoaded =
         part == segmentTable() || (isSection(part) && (section(part).getFlags() & SHF_ALLOC) != 0);
@@ -143,7 +168,8 @@ bool LayoutParts::fits(uint32_t segment, uint32_t part, uint64_t offset) const {
         return true;
     }
     const uint64_t room = m_Parts[segment].size;
-    return offset <= room && m_Parts[part].size <= room - offset;
+    return (offset <= room && m_Parts[part].size <= room - offset) ||
+           stoodSo(segment, part, offset);
 }
 
 uint32_t LayoutParts::findRoot(uint32_t part, uint64_t& distance) {

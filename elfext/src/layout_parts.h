@@ -84,6 +84,8 @@ private:
     bool spendOn(FileRegion& region);
     bool relateContained(uint32_t segment);
     bool relateContainers(uint32_t segment);
+    bool relateHeader(uint32_t segment);
+    bool stoodSo(uint32_t segment, uint32_t part, uint64_t offset) const;
     bool fits(uint32_t segment, uint32_t part, uint64_t offset) const;
     bool join(uint32_t segment, uint32_t part, uint64_t offset);
 

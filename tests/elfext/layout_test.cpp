@@ -201,6 +201,23 @@ TEST_F(LayoutTest, ASegmentStaysWhereItCan) {
     EXPECT_EQ(segment->getFileOffset(), 0x1000U);
 }
 
+// Also where its first bytes lie behind its start.
+TEST_F(LayoutTest, ANewBlockComesBehindThoseThatHaveAPlace) {
+    for (const uint64_t distance : {uint64_t{0}, uint64_t{16}}) {
+        module().clear();
+        module().setType(ET_EXEC);
+        Segment* const known = segmentOf(0x5000, 0x10, 0x1000);
+        known->setFileOffset(0x1000);
+        Segment* const added = segmentOf(0x100000, 0, 1);
+        Section* const section = sized(0x4000);
+        section->setFlags(0); // so it may be longer than the segment
+        added->addContained(section, distance);
+        ASSERT_TRUE(layOut());
+        EXPECT_EQ(known->getFileOffset(), 0x1000U) << distance;
+        EXPECT_EQ(section->getFileOffset(), 0x1010U) << distance;
+    }
+}
+
 TEST_F(LayoutTest, SectionsWithoutBytesStayInAFileWithSegments) {
     sized(0x10);
     Section* const bss = sized(0x100, SHT_NOBITS);
@@ -375,7 +392,32 @@ TEST_F(LayoutGrowthTest, SegmentsThatAreNotMappedMayEndInASection) {
     m_Segment->addContained(part, 0x60);
     part->addContained(m_Two, 0);
     expectRoom();
+    // As nothing has grown, it does not matter what it is called.
     part->setType(PT_DYNAMIC);
+    expectRoom();
+    m_Two->setSize(0x21);
+    expectNoRoom(clashOf("Segment #1 and section #2"));
+}
+
+TEST_F(LayoutGrowthTest, ANewSegmentHoldsAllOfWhatIsLoaded) {
+    Segment* const part = segmentOf(0x1060, 0x10, 1);
+    m_Segment->addContained(part, 0x60);
+    part->addContained(m_Two, 0);
+    expectNoRoom(clashOf("Segment #1 and section #2"));
+}
+
+TEST_F(LayoutGrowthTest, ASegmentDoesNotShrinkIntoASection) {
+    m_Segment->setFileSize(0x7F);
+    expectNoRoom(clashOf("Segment #0 and section #2"));
+}
+
+TEST_F(LayoutGrowthTest, WhatIsPutElsewhereHasToFitThere) {
+    Segment* const part = segmentOf(0x1060, 0x10, 1);
+    part->setType(PT_NULL);
+    m_Segment->addContained(part, 0x60);
+    expectRoom();
+    part->setType(PT_LOAD);
+    part->addContained(m_Two, 0x8);
     expectNoRoom(clashOf("Segment #1 and section #2"));
 }
 

@@ -45,7 +45,36 @@ protected:
     void need(size_t length) {
         startModule(true);
         ASSERT_TRUE(read(m_File));
-        module().addNeededLibrary(std::string(length, 'n').c_str());
+        needAlso(length);
+    }
+    void needAlso(size_t length) {
+        m_Added.push_back(module().addNeededLibrary(std::string(length, 'n').c_str()));
+    }
+    // The same file without any change.
+    std::string untouched() {
+        startModule();
+        EXPECT_TRUE(read(m_File));
+        return writtenBytes(module());
+    }
+    // Takes back what has been added since the file was read.
+    void removeAdded() {
+        ManualPruneCriteria criteria;
+        for (const NeededLibrary* const library : m_Added) {
+            criteria.addNeededLibrary(library);
+        }
+        module().prune(criteria);
+        m_Added.clear();
+    }
+    // Some bytes more or fewer in what a program header says.
+    void changeFileSize(size_t segment, uint64_t size) {
+        const size_t width = format().is64 ? 8 : 4;
+        const size_t place = format().is64 ? 64 + segment * 56 + 32 : 52 + segment * 32 + 16;
+        testsupport::writeNumber(m_File, place, width, format().littleEndian, size);
+    }
+    uint64_t fileSizeOf(uint32_t segment) {
+        startModule();
+        EXPECT_TRUE(read(m_File));
+        return module().getSegment(segment)->getFileSize();
     }
     void expectRefusal(const Report& report) {
         EXPECT_EQ(writtenBytes(module()), "");
@@ -68,6 +97,7 @@ protected:
     size_t m_Dynamic = 0;
     size_t m_NamesPlace = 0;
     size_t m_Room = 0; // zeros behind the names
+    std::vector<const NeededLibrary*> m_Added;
 };
 
 INSTANTIATE_FORMATS(WriterGrowthTest);
@@ -126,6 +156,121 @@ TEST_P(WriterGrowthTest, FewerProgramHeadersLeaveTheRestInPlace) {
     EXPECT_EQ(placeOf(bytes, m_Names), m_NamesPlace);
     ASSERT_TRUE(read(bytes));
     EXPECT_EQ(module().getSegmentCount(), 1U);
+}
+
+// --- What was refused and is undone
+
+TEST_P(WriterGrowthTest, NamesThatWereRefusedCanBeTakenBack) {
+    const std::string first = untouched();
+    ASSERT_NE(first, "");
+    need(m_Room);
+    ASSERT_EQ(writtenBytes(module()), "");
+    ASSERT_EQ(writtenBytes(module()), "");
+    removeAdded();
+    EXPECT_EQ(writtenBytes(module()), first);
+    // There is as much room as before.
+    needAlso(m_Room - 1);
+    EXPECT_NE(writtenBytes(module()), "");
+    EXPECT_EQ(section(m_Names).getSize(), 9 + m_Room);
+}
+
+TEST_P(WriterGrowthTest, EntriesThatWereRefusedCanBeTakenBack) {
+    const std::string first = untouched();
+    need(1);
+    needAlso(2);
+    ASSERT_EQ(writtenBytes(module()), "");
+    removeAdded();
+    EXPECT_EQ(writtenBytes(module()), first);
+}
+
+TEST_P(WriterGrowthTest, ANameThatWasRefusedCanBeSetBack) {
+    const std::string first = untouched();
+    startModule(true);
+    ASSERT_TRUE(read(m_File));
+    module().setSoName(std::string(m_Room, 's').c_str());
+    ASSERT_EQ(writtenBytes(module()), "");
+    module().setSoName(nullptr);
+    EXPECT_EQ(writtenBytes(module()), first);
+}
+
+// What an update has added can go, what the program has put there cannot.
+TEST_P(WriterGrowthTest, TextsOfTheProgramStay) {
+    ASSERT_GT(m_Room, 12U);
+    const std::string texts("\0liba.so\0mine\0", 14);
+    need(m_Room);
+    ASSERT_EQ(writtenBytes(module()), "");
+    removeAdded();
+    section(m_Names).setContents(texts.data(), texts.size());
+    needAlso(2);
+    ASSERT_NE(writtenBytes(module()), "");
+    EXPECT_EQ(contentsOf(section(m_Names)), texts + std::string("nn\0", 3));
+}
+
+// --- What did not fit when it was read
+
+// Nothing has grown, so the file is as good as it was.
+TEST_P(WriterGrowthTest, WhatWasLongerThanItsSegmentStaysSo) {
+    const std::string sound = m_File;
+    const uint64_t sizes[] = {fileSizeOf(0), fileSizeOf(1)};
+    struct Row {
+        size_t segment;
+        uint64_t size;
+    };
+    for (const Row row : {Row{0, sizes[0] - 1}, Row{1, 2}, Row{1, sizes[1] - 1}}) {
+        m_File = sound;
+        changeFileSize(row.segment, row.size);
+        const RoundTrip trip = roundTrip(m_File);
+        EXPECT_EQ(trip.difference, "") << row.segment << ' ' << row.size;
+    }
+}
+
+TEST_P(WriterGrowthTest, ADynamicSectionWithoutAnEndGetsNone) {
+    const size_t entrySize = format().is64 ? 16 : 8;
+    testsupport::setSectionField(m_File, m_Dynamic, testsupport::SectionField::Size, entrySize);
+    m_File[placeOf(m_File, m_Dynamic) + entrySize + entrySize / 2] = '!';
+    const RoundTrip trip = roundTrip(m_File);
+    EXPECT_EQ(trip.difference, "");
+    need(1);
+    EXPECT_EQ(writtenBytes(module()), "");
+    removeAdded();
+    EXPECT_EQ(writtenBytes(module()), trip.bytes);
+}
+
+TEST_P(WriterGrowthTest, ASegmentMayEndInTheProgramHeaders) {
+    changeFileSize(0, format().is64 ? 0x58 : 0x44);
+    ASSERT_TRUE(read(m_File));
+    const uint64_t place = module().getProgramHeaderOffset();
+    EXPECT_NE(writtenBytes(module()), "");
+    EXPECT_EQ(reports(), Reports());
+    EXPECT_EQ(module().getProgramHeaderOffset(), place);
+    // One more is too many.
+    module().createSegment({.m_Type = PT_NOTE, .m_Alignment = 1});
+    EXPECT_EQ(writtenBytes(module()), "");
+}
+
+TEST_P(WriterGrowthTest, WhatIsLongerThanItsSegmentDoesNotGrow) {
+    changeFileSize(1, 2);
+    need(1);
+    EXPECT_NE(writtenBytes(module()), ""); // into a free entry
+    need(1);
+    needAlso(2);
+    expectRefusal({Severity_Error, "Segment #0 and section #" + std::to_string(m_Dynamic) + clash});
+}
+
+// --- Headers of a size of their own
+
+TEST_P(WriterGrowthTest, AHeaderOfAnotherSizeIsWrittenInThatOfItsClass) {
+    const std::string first = untouched();
+    ASSERT_NE(first, "");
+    ASSERT_EQ(module().getSegment(0)->getFileOffset(), 0U); // as linkers have it
+    const uint64_t ofClass = format().is64 ? 64 : 52;
+    for (const uint64_t size : {uint64_t{0}, uint64_t{0x25}, ofClass - 1, ofClass + 8}) {
+        std::string bytes = m_File;
+        testsupport::writeNumber(bytes, ofClass - 12, 2, format().littleEndian, size);
+        ASSERT_TRUE(readOn(bytes)) << size;
+        EXPECT_EQ(writtenBytes(module()), first) << size;
+        EXPECT_EQ(reports(), Reports()) << size;
+    }
 }
 
 } // namespace
