@@ -106,6 +106,7 @@ enum SectionFlag : uint32_t {
     SHF_INFO_LINK = 0x40, // sh_info is a section's number
     SHF_LINK_ORDER = 0x80,
     SHF_GROUP = 0x200,
+    SHF_TLS = 0x400,
     SHF_ENTRYSECT = 0x10000000, // the entry point is in it
 };
 
@@ -165,6 +166,7 @@ enum DynamicTag : uint32_t {
     DT_NULL = 0,
     DT_NEEDED = 1,
     DT_PLTRELSZ = 2,
+    DT_PLTGOT = 3,
     DT_HASH = 4,
     DT_STRTAB = 5,
     DT_SYMTAB = 6,
@@ -194,6 +196,9 @@ enum DynamicTag : uint32_t {
     DT_FLAGS = 30,
     DT_PREINIT_ARRAY = 32,
     DT_PREINIT_ARRAYSZ = 33,
+    DT_RELRSZ = 35, // of relative relocations in their packed form
+    DT_RELR = 36,
+    DT_RELRENT = 37,
     DT_GNU_HASH = 0x6FFFFEF5,
     DT_VERSYM = 0x6FFFFFF0,
     DT_RELACOUNT = 0x6FFFFFF9, // how many relative relocations come first

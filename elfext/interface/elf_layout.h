@@ -28,6 +28,9 @@ class ObjectModule;
 //  - A part of a block that does not fit, as another part of the block or bytes that mean something
 //    lie there (`sectionsOverlap` of two sections), or as it has outgrown a segment that it is
 //    loaded with. That ends the layout whatever the handler says: bytes would be lost.
+//  - A section without a place yet that is to be loaded and that no segment holds
+//    (`loadableSectionOutsideSegment`), such as a table that a loaded image did not have: nothing
+//    can lead to it in memory. True lets it lie behind the segments.
 //  - A file that would be too large for its class, or all but empty: bytes that are left free so
 //    that segments can lie where their addresses want them may be 16 MiB and sixteen times the
 //    contents (`ioErrorWriting` with EFBIG, as for 65,535 segments or more).

@@ -15,6 +15,9 @@
 //  - the last seven bytes of `e_ident`; the second form of files is written as the plain one;
 //  - the sizes of headers and entries where they are not those of the class;
 //  - what entry 0 of a symbol table says, and whatever the reader reported and left out;
+//  - what numbers of symbols and sections in contents stand for, where the library does not know
+//    their type, as in lists of symbols whose addresses matter (`.llvm_addrsig`): they stay what
+//    they are when symbols or sections go or change places, so that such sections have to go too;
 //  - how the texts of a string table are ordered and which share their bytes, the order of local
 //    and global symbols among each other, and where sections lie that no segment holds.
 // Of numbers that are wider than their field in a 32-bit file the low bits are written.

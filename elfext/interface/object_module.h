@@ -23,6 +23,7 @@
 #include "elfext/interface/group.h"
 #include "elfext/interface/object_module_base.h"
 #include "elfext/interface/object_with_build_attributes.h"
+#include "elfext/interface/range.h"
 #include "elfext/interface/section.h"
 #include "elfext/interface/segment.h"
 #include "elfext/interface/special_sections.h"
@@ -570,8 +571,8 @@ private:
     SectionArray m_DynamicSections;
     SectionArray m_DebugOverlaySections;
     SectionArray m_BuildAttributesSections;
-    // Where sections were in memory that are removed. The dynamic section may tell of them.
-    fast_array<uint64_t> m_RemovedAddresses;
+    // What was in memory and is removed: by addresses. The dynamic section may tell of it.
+    fast_array<Range> m_RemovedMemory;
     bool m_AuxiliarySectionsUpToDate = false;
     bool m_SymbolListsSorted = true;
     SymbolArray m_SymbolsSortedByAddress;

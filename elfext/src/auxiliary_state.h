@@ -60,7 +60,7 @@ public:
     Section* m_GnuHash = nullptr;
     BuildAttributesSection* m_Attributes = nullptr;
     RelocationTags m_RelocationTags;
-    std::vector<uint64_t> m_RemovedAddresses; // of sections that were in memory, ascending
+    std::vector<Range> m_RemovedMemory; // of sections that were in memory, ascending, disjoint
 
     RecordBytes makeBytes() const { return {m_Is64, m_IsLittleEndian}; }
 
@@ -69,11 +69,13 @@ public:
         return (section.getFlags() & SHF_ALLOC) != 0 && m_Module.getSegmentCount() != 0;
     }
 
-    // True if a section has been removed that lay in these `size` bytes of memory.
+    // True if a section has been removed that took up any of these `size` bytes of memory.
     bool wasRemoved(uint64_t address, uint64_t size) const {
-        const auto next =
-            std::lower_bound(m_RemovedAddresses.begin(), m_RemovedAddresses.end(), address);
-        return next != m_RemovedAddresses.end() && *next - address < size;
+        const auto next = std::upper_bound(
+            m_RemovedMemory.begin(), m_RemovedMemory.end(), address,
+            [](uint64_t place, const Range& removed) { return place < removed.getEnd(); });
+        return next != m_RemovedMemory.end() &&
+               (next->getStart() <= address || next->getStart() - address < size);
     }
 
     // The texts of the dynamic section, which need not be those of the dynamic symbols.

@@ -343,7 +343,6 @@ void fillGroups(AuxiliaryState& state) {
         state.setTable(*section, bytes, state.m_Sizes.word);
         section->setLink(state.m_Symtab);
         section->setInfo(section->getSignatureSymbolIndex());
-        section->setName(group->getName());
     }
 }
 

@@ -90,7 +90,7 @@ public:
         startTexts();
         addTexts();
         fill();
-        m_Module.m_RemovedAddresses.clear();
+        m_Module.m_RemovedMemory.clear();
     }
 
 private:
@@ -211,9 +211,9 @@ private:
 
     // Tags of the dynamic section tell of them.
     void noteRemoved() {
-        m_State.m_RemovedAddresses.assign(m_Module.m_RemovedAddresses.begin(),
-                                          m_Module.m_RemovedAddresses.end());
-        std::sort(m_State.m_RemovedAddresses.begin(), m_State.m_RemovedAddresses.end());
+        normaliseRanges(m_Module.m_RemovedMemory);
+        m_State.m_RemovedMemory.assign(m_Module.m_RemovedMemory.begin(),
+                                       m_Module.m_RemovedMemory.end());
     }
 
     // Those that no group stands behind.
@@ -433,6 +433,7 @@ private:
             if (symbol == nullptr || !areSameText(symbol->getName(), group->getSignature())) {
                 symbol = findSignature(group->getSignature());
             }
+            group->getSection()->setName(group->getName()); // before texts are gathered
             m_Signatures.add(symbol);
         }
         // Made last: each new symbol puts the sorted lists out of date.

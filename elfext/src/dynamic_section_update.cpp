@@ -19,16 +19,33 @@
 namespace elfext {
 namespace {
 
-// Tags that tell where a table is, and how many records it has, if they tell that. They go
-// with the table.
+// Tags that tell where something is in memory, and how much of it there is or how large its parts
+// are, if they tell that. They go with what they tell of.
 struct PlaceTags {
     uint32_t addressTag;
     uint32_t countTag;
+    uint32_t formTag;
 };
 constexpr PlaceTags placeTags[] = {
-    {DT_HASH, DT_NULL},        {DT_GNU_HASH, DT_NULL},      {DT_VERSYM, DT_NULL},
-    {DT_VERDEF, DT_VERDEFNUM}, {DT_VERNEED, DT_VERNEEDNUM},
+    {DT_HASH, DT_NULL, DT_NULL},
+    {DT_GNU_HASH, DT_NULL, DT_NULL},
+    {DT_SYMTAB, DT_NULL, DT_SYMENT},
+    {DT_STRTAB, DT_STRSZ, DT_NULL},
+    {DT_VERSYM, DT_NULL, DT_NULL},
+    {DT_VERDEF, DT_VERDEFNUM, DT_NULL},
+    {DT_VERNEED, DT_VERNEEDNUM, DT_NULL},
+    {DT_PLTGOT, DT_NULL, DT_NULL},
+    {DT_RELR, DT_RELRSZ, DT_RELRENT},
+    {DT_INIT, DT_NULL, DT_NULL},
+    {DT_FINI, DT_NULL, DT_NULL},
+    {DT_INIT_ARRAY, DT_INIT_ARRAYSZ, DT_NULL},
+    {DT_FINI_ARRAY, DT_FINI_ARRAYSZ, DT_NULL},
+    {DT_PREINIT_ARRAY, DT_PREINIT_ARRAYSZ, DT_NULL},
 };
+
+// Required by loaders: they take the numbers of symbols' versions for those of definitions and
+// requirements, and look for all of them if there is any.
+constexpr uint32_t versionTags[] = {DT_VERSYM, DT_VERDEF, DT_VERDEFNUM, DT_VERNEED, DT_VERNEEDNUM};
 
 const Section* firstSection(const ObjectModule::SectionArray& sections) {
     return sections.getSize() != 0 ? sections[0] : nullptr;
@@ -48,6 +65,7 @@ public:
             m_OldFlagTags |= flagOf(entry.tag);
             noteGone(entry);
         }
+        settleGone();
         for (const DynamicEntry& entry : m_Old) {
             keepEntry(entry);
         }
@@ -136,9 +154,36 @@ private:
 
     void noteGone(const DynamicEntry& entry) {
         for (const PlaceTags& tags : placeTags) {
-            if (tags.addressTag == entry.tag && m_Values.count(tags.addressTag) == 0 &&
-                m_State.wasRemoved(entry.value, 1)) {
-                m_Gone.insert({tags.addressTag, tags.countTag});
+            if (tags.addressTag == entry.tag && leadsNowhere(entry)) {
+                m_Gone.insert({tags.addressTag, tags.countTag, tags.formTag});
+            }
+        }
+    }
+
+    // True if what the entry tells of has been removed, and the program has stated no other place.
+    bool leadsNowhere(const DynamicEntry& entry) const {
+        if (const ValueTag* const row = valueTagOf(entry.tag); row != nullptr) {
+            const ObjectModule::DynamicValue& value = (m_Module.*row->get)();
+            if (!value.has_value() || !isSameValue(entry, *value)) {
+                return false;
+            }
+        } else if (m_Values.count(static_cast<uint32_t>(entry.tag)) != 0) {
+            return false;
+        }
+        return m_State.wasRemoved(entry.value, 1);
+    }
+
+    // What the module holds of it goes too, or the next update would tell of it again.
+    void settleGone() {
+        const bool areVersionsGone =
+            std::any_of(std::begin(versionTags), std::end(versionTags),
+                        [this](uint32_t tag) { return m_Gone.count(tag) != 0; });
+        if (areVersionsGone) {
+            m_Gone.insert(std::begin(versionTags), std::end(versionTags));
+        }
+        for (const ValueTag& row : valueTags) {
+            if (m_Gone.count(row.tag) != 0) {
+                (m_Module.*row.set)(std::nullopt);
             }
         }
     }
@@ -176,9 +221,13 @@ private:
     }
 
     // The model holds 32 bits of a value that was read.
+    static bool isSameValue(const DynamicEntry& entry, uint64_t value) {
+        return static_cast<uint32_t>(entry.value) == value;
+    }
+
     void keepValue(const DynamicEntry& entry, const ObjectModule::DynamicValue& value) {
         if (value.has_value()) {
-            const bool isSame = static_cast<uint32_t>(entry.value) == *value;
+            const bool isSame = isSameValue(entry, *value);
             m_Entries.push_back({entry.tag, isSame ? entry.value : *value, nullptr});
         }
     }
@@ -263,7 +312,7 @@ private:
     std::map<uint32_t, size_t> m_TextsTaken;
     std::map<uint32_t, uint64_t> m_Values;
     std::map<uint32_t, bool> m_Seen;
-    std::set<uint32_t> m_Gone;  // tags of tables that have been removed
+    std::set<uint32_t> m_Gone;  // tags of what has been removed
     uint32_t m_OldFlagTags = 0; // the flags that have entries of their own
 };
 

@@ -282,7 +282,16 @@ private:
             part.place = section.getFileOffset();
             return true;
         }
-        return placeBehind(number);
+        return reportIfNew(section) && placeBehind(number);
+    }
+
+    // A section that is to be loaded, and that no file has had outside of all segments before.
+    bool reportIfNew(const Section& section) const {
+        const bool isLoaded = (section.getFlags() & SHF_ALLOC) != 0 &&
+                              section.getContentsSize() != 0 && m_Parts.segmentCount() != 0;
+        return !isLoaded || section.isFileOffsetKnown() ||
+               askHandler(m_Module, &ErrorHandler::loadableSectionOutsideSegment,
+                          section.getIndex());
     }
 
     bool placeBehind(uint32_t number) {

@@ -39,7 +39,7 @@ ObjectModule::ObjectModule()
       m_VerdefSections(getContainerRegion()), m_VerneedSections(getContainerRegion()),
       m_VersymSections(getContainerRegion()), m_DynamicSections(getContainerRegion()),
       m_DebugOverlaySections(getContainerRegion()), m_BuildAttributesSections(getContainerRegion()),
-      m_RemovedAddresses(getContainerRegion()), m_SymbolsSortedByAddress(getContainerRegion()),
+      m_RemovedMemory(getContainerRegion()), m_SymbolsSortedByAddress(getContainerRegion()),
       m_DynamicSymbolsSortedByAddress(getContainerRegion()),
       m_SymbolsSortedByName(getContainerRegion()),
       m_DynamicSymbolsSortedByName(getContainerRegion()),
@@ -209,7 +209,7 @@ void ObjectModule::forgetFile() {
     m_RawDataBlocks.clear();
     m_DebugOverlayRecords.clear();
     forgetGroupNames();
-    m_RemovedAddresses.clear();
+    m_RemovedMemory.clear();
     m_ElfHeader.forgetLinks();
     m_SectionHeaderTable.reset();
     m_ProgramHeaderTable.reset();

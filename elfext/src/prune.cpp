@@ -152,15 +152,24 @@ private:
             std::any_of(m_Module.m_DynamicSections.begin(), m_Module.m_DynamicSections.end(),
                         [this](const Section* section) { return !goes(section, m_Sections); });
         if (!isTold) {
-            m_Module.m_RemovedAddresses.clear();
+            m_Module.m_RemovedMemory.clear();
             return;
         }
         for (const Section* const section : m_Module.m_Sections) {
             if (goes(section, m_Sections) && (section->getFlags() & SHF_ALLOC) != 0 &&
-                section->getAddress() != 0) {
-                m_Module.m_RemovedAddresses.add(section->getAddress());
+                takesUpMemory(*section)) {
+                const uint64_t start = section->getAddress();
+                m_Module.m_RemovedMemory.add(
+                    Range(start, start + std::min(section->getSize(), UINT64_MAX - start)));
             }
         }
+    }
+
+    // What threads start with in place of zeros of their own has no place besides.
+    static bool takesUpMemory(const Section& section) {
+        const bool isOfThreads =
+            section.getType() == SHT_NOBITS && (section.getFlags() & SHF_TLS) != 0;
+        return section.getAddress() != 0 && section.getSize() != 0 && !isOfThreads;
     }
 
     void cutReferences() {

@@ -1,5 +1,8 @@
 // Writes anew the notes in which the linker says which section went to which segment, where they do
-// not say what the module says. Notes of others stay, and so does a note that is right.
+// not say what the module says. Notes of others stay, and so does a note that is right. One note
+// says it all, so of those that are not right only the first is written anew, if there is no right
+// one in front of it, and the others go: a file of many small notes must not grow by a map for
+// each.
 #include "elfext/src/auxiliary_state.h"
 
 #include "elfext/src/segment_notes.h"
@@ -45,19 +48,24 @@ void addNote(RecordBytes& bytes, const std::vector<uint32_t>& map) {
     }
 }
 
-void fillNotes(AuxiliaryState& state, Section& section, const std::vector<uint32_t>& map) {
+// `isTold` says whether a note has said it already.
+void fillNotes(AuxiliaryState& state, Section& section, const std::vector<uint32_t>& map,
+               bool& isTold) {
     const Buffer& contents = std::as_const(section).getLoadedContents();
     std::span<const uint8_t> notes(contents.getData(), static_cast<size_t>(contents.getSize()));
     RecordBytes bytes = state.makeBytes();
     bool isStale = false;
     while (notes.size() >= FrontNote::SmallestNotes) {
         const FrontNote note(notes, state.m_IsLittleEndian);
-        if (note.isLinkers() && !saysTheSame(note, map, state.m_Module.getSegmentCount())) {
-            addNote(bytes, map);
-            isStale = true;
-        } else {
+        const bool isRight =
+            !note.isLinkers() || saysTheSame(note, map, state.m_Module.getSegmentCount());
+        if (isRight) {
             bytes.raw(note.bytes().data(), note.bytes().size());
+        } else if (!isTold) {
+            addNote(bytes, map);
         }
+        isStale = isStale || !isRight;
+        isTold = isTold || note.isLinkers();
         notes = note.rest();
     }
     if (isStale) {
@@ -71,10 +79,11 @@ void fillNotes(AuxiliaryState& state, Section& section, const std::vector<uint32
 // Contents that are not here were not read for notes either.
 void fillSegmentNotes(AuxiliaryState& state) {
     const std::vector<uint32_t> map = mapSections(state.m_Module);
+    bool isTold = false;
     for (Section* const section : state.m_Module.getSections()) {
         if (section->getType() == SHT_NOTE && !section->isContentsDeferred() &&
             !section->hasExternalContents()) {
-            fillNotes(state, *section, map);
+            fillNotes(state, *section, map, isTold);
         }
     }
 }

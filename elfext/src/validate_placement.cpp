@@ -262,6 +262,23 @@ bool checkMappedHeaders(ObjectModule& objectModule, alloclib::Region* /*region*/
                                             load->getIndex(), unmapped, needed);
 }
 
+namespace {
+
+// Whether the bytes of a section are those that the segment around it has in memory. A section that
+// has no place yet gets one there only if a part of the file holds it.
+bool isLoadedWith(Section& section, const Segment& segment) {
+    if (section.getContentsSize() == 0) {
+        return true;
+    }
+    if (!section.isFileOffsetKnown()) {
+        return section.getContainerCount() != 0;
+    }
+    return !segment.isFileOffsetKnown() || section.getFileOffset() - segment.getFileOffset() ==
+                                               section.getAddress() - segment.getVirtualAddress();
+}
+
+} // namespace
+
 bool checkLoadableSections(ObjectModule& objectModule, alloclib::Region* region) {
     if (objectModule.getSegmentCount() == 0) {
         return true;
@@ -274,12 +291,16 @@ bool checkLoadableSections(ObjectModule& objectModule, alloclib::Region* region)
         }
     }
     cover.settle();
-    for (const Section* const section : objectModule.getSections()) {
-        const bool isInMemory = isAllocated(*section) && section->getType() != SHT_NULL;
-        if (isInMemory &&
-            cover.find(makeStretch(section->getAddress(), section->getSize(), 0)) == nullptr &&
-            !askHandler(objectModule, &ErrorHandler::loadableSectionOutsideSegment,
-                        section->getIndex())) {
+    for (Section* const section : objectModule.getSections()) {
+        if (!isAllocated(*section) || section->getType() == SHT_NULL) {
+            continue;
+        }
+        const uint32_t* const segment =
+            cover.find(makeStretch(section->getAddress(), section->getSize(), 0));
+        const bool isLoaded =
+            segment != nullptr && isLoadedWith(*section, *objectModule.getSegment(*segment));
+        if (!isLoaded && !askHandler(objectModule, &ErrorHandler::loadableSectionOutsideSegment,
+                                     section->getIndex())) {
             return false;
         }
     }

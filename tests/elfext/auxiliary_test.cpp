@@ -276,6 +276,16 @@ TEST_F(AuxiliaryTest, AGroupNamesItsSymbol) {
     EXPECT_STREQ(readBack().getGroup(0)->getSignature(), "signature");
 }
 
+TEST_F(AuxiliaryTest, ARenamedGroupHasItsNameInTheFirstFile) {
+    module().createUndefinedSymbol(named("signature"));
+    Group* const group = module().createGroup(".group", "signature", GRP_COMDAT);
+    module().updateAuxiliarySections();
+    group->setName(".renamed");
+    ObjectModule& again = readBack();
+    EXPECT_STREQ(again.getGroup(0)->getName(), ".renamed");
+    EXPECT_STREQ(again.getGroup(0)->getSection()->getName(), ".renamed");
+}
+
 TEST_F(AuxiliaryTest, AGroupWithoutASymbolGetsOne) {
     module().createUndefinedSymbol(named("global"));
     module().createGroup(".group", "nobody", 0);

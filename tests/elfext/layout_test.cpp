@@ -182,6 +182,7 @@ TEST_F(LayoutTest, ASegmentThatHoldsTheHeaderStartsTheFile) {
     Section* const section = sized(0x10);
     segment->addContained(section, 0xF0);
     Section* const rest = sized(1);
+    rest->setFlags(0);
     ASSERT_TRUE(layOut());
     EXPECT_EQ(segment->getFileOffset(), 0U);
     EXPECT_EQ(module().getProgramHeaderOffset(), header);
@@ -525,7 +526,7 @@ TEST_F(LayoutTest, PaddingHasALimit) {
     ASSERT_EQ(m_Handler.m_Reports.size(), 1U);
     EXPECT_EQ(m_Handler.m_Reports[0].message, "I/O error writing file: File too large");
     module().clear();
-    sized(uint64_t{64} << 20);
+    sized(uint64_t{64} << 20)->setFlags(0);
     Segment* const segment = segmentOf(0x40, 4, uint64_t{1} << 30);
     EXPECT_TRUE(layOut());
     EXPECT_EQ(segment->getFileOffset(), (uint64_t{1} << 30) + 0x40);

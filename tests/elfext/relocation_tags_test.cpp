@@ -2,6 +2,9 @@
 #include "elfext/interface/relocation.h"
 #include "tests/elfext/stale_tables_fixtures.h"
 
+#include <algorithm>
+#include <iterator>
+
 namespace elfext::test {
 namespace {
 
@@ -44,6 +47,9 @@ protected:
 
     void SetUp() override {
         StaleTablesTest::SetUp();
+        makeImage();
+    }
+    void makeImage() {
         makeFormat(ET_DYN);
         SegmentFields fields;
         fields.m_Type = PT_LOAD;
@@ -93,6 +99,13 @@ protected:
             }
         }
         return tags;
+    }
+    // Sixteen bytes in memory.
+    Section* makePart(uint64_t address, uint32_t type = SHT_PROGBITS, uint32_t flags = 0) {
+        Section* const part = module().createSection(".part", type, SHF_ALLOC | flags);
+        part->setAddress(address);
+        part->setSize(16);
+        return part;
     }
     void pruneRelocation(Section* table, uint32_t index) {
         ManualPruneCriteria criteria;
@@ -218,10 +231,81 @@ TEST_P(RelocationTagsTest, ARemovedTableTakesItsTagsAlong) {
     EXPECT_EQ(tagsNow(), stay);
 }
 
-TEST_P(RelocationTablesTest, TagsOfRemovedVersionsGo) {
-    const RichElf rich = richElf(format(), elf::ET_DYN);
-    ASSERT_TRUE(read(rich));
-    const auto hasTag = [this](uint64_t tag) {
+// --- Other tags of memory that is not there any more
+
+TEST_P(RelocationTagsTest, TagsThatLeadToRemovedMemoryGo) {
+    const std::vector<std::pair<uint64_t, Tags>> parts = {
+        {0x2000, {{DT_INIT, 0x2000}}},
+        {0x2100, {{DT_FINI, 0x210F}}}, // its last byte
+        {0x2200, {{DT_INIT_ARRAY, 0x2200}, {DT_INIT_ARRAYSZ, 16}}},
+        {0x2300, {{DT_FINI_ARRAY, 0x2300}, {DT_FINI_ARRAYSZ, 16}}},
+        {0x2400, {{DT_PREINIT_ARRAY, 0x2400}, {DT_PREINIT_ARRAYSZ, 16}}},
+        {0x2500, {{DT_RELR, 0x2500}, {DT_RELRSZ, 16}, {DT_RELRENT, 8}}},
+        {0x2600, {{DT_PLTGOT, 0x2600}}},
+    };
+    for (const auto& gone : parts) {
+        startModule();
+        makeImage();
+        const Section* doomed = nullptr;
+        Tags all;
+        Tags left;
+        for (const auto& part : parts) {
+            const Section* const made = makePart(part.first);
+            doomed = &part == &gone ? made : doomed;
+            all.insert(all.end(), part.second.begin(), part.second.end());
+            if (&part != &gone) {
+                left.insert(left.end(), part.second.begin(), part.second.end());
+            }
+        }
+        setTags(all);
+        module().setInit(0x2000);
+        module().setFini(0x210F);
+        module().setInitArray(0x2200);
+        module().setInitArraySize(16);
+        module().setFiniArray(0x2300);
+        module().setFiniArraySize(16);
+        module().setPreinitArray(0x2400);
+        module().setPreinitArraySize(16);
+        EXPECT_EQ(tagsNow(), all);
+        prune({doomed});
+        EXPECT_EQ(tagsNow(), left) << std::hex << gone.first;
+        module().setAuxiliarySectionsUpToDate(false); // they do not come back either
+        EXPECT_EQ(tagsNow(), left) << std::hex << gone.first;
+    }
+}
+
+TEST_P(RelocationTagsTest, APlaceThatTheProgramStatesInsteadStays) {
+    const Section* const part = makePart(0x2000);
+    setTags({{DT_INIT, 0x2000}, {DT_FINI, 0x2004}});
+    module().setInit(0x2000);
+    module().setFini(0x2004);
+    prune({part});
+    module().setInit(0x3000);
+    EXPECT_EQ(tagsNow(), (Tags{{DT_INIT, 0x3000}}));
+    EXPECT_EQ(module().getFini(), std::nullopt);
+}
+
+TEST_P(RelocationTagsTest, TagsThatLeadBesideRemovedMemoryStay) {
+    const Section* const code = makePart(0x2000);
+    const Section* const ofThreads = makePart(0x2200, SHT_NOBITS, SHF_TLS);
+    makePart(0x2200);
+    Section* const empty = makePart(0x2300);
+    empty->setSize(0);
+    const Tags all = {{DT_PLTGOT, 0x1FFF}, {DT_INIT, 0x2010}, {DT_RELR, 0x2200}, {DT_HASH, 0x2300}};
+    setTags(all);
+    module().setInit(0x2010);
+    prune({code, ofThreads, empty});
+    EXPECT_EQ(tagsNow(), all);
+}
+
+class DynamicTagsTest : public StaleTablesTest {
+protected:
+    void SetUp() override {
+        StaleTablesTest::SetUp();
+        rich = richElf(format(), elf::ET_DYN);
+        ASSERT_TRUE(read(rich));
+    }
+    bool hasTag(uint64_t tag) {
         const Buffer& contents = module().getDynamicSections()[0]->getLoadedContents();
         for (uint64_t place = 0; place + 2 * width() <= contents.getSize(); place += 2 * width()) {
             if ((width() == 8 ? contents.getUnalignedUint64(place)
@@ -230,12 +314,54 @@ TEST_P(RelocationTablesTest, TagsOfRemovedVersionsGo) {
             }
         }
         return false;
-    };
-    ASSERT_TRUE(hasTag(DT_VERNEED) && hasTag(DT_VERNEEDNUM) && hasTag(DT_HASH));
-    prune({&section(rich.verneed), &section(rich.hash)});
-    module().updateAuxiliarySections();
-    EXPECT_FALSE(hasTag(DT_VERNEED) || hasTag(DT_VERNEEDNUM) || hasTag(DT_HASH));
-    EXPECT_TRUE(hasTag(DT_VERDEF) && hasTag(DT_VERDEFNUM) && hasTag(DT_VERSYM));
+    }
+    // Which of these there are after an update, and after another one.
+    std::vector<uint32_t> tagsOf(const std::vector<uint32_t>& tags) {
+        std::vector<uint32_t> found;
+        for (int i = 0; i < 2; ++i) {
+            module().setAuxiliarySectionsUpToDate(false);
+            module().updateAuxiliarySections();
+            found.clear();
+            std::copy_if(tags.begin(), tags.end(), std::back_inserter(found),
+                         [this](uint32_t tag) { return hasTag(tag); });
+        }
+        return found;
+    }
+
+    RichElf rich;
+};
+INSTANTIATE_FORMATS(DynamicTagsTest);
+
+// None of the tables says anything without the others: the loader takes the numbers of symbols'
+// versions for those of definitions and requirements.
+TEST_P(DynamicTagsTest, TagsOfVersionsGoTogether) {
+    const std::vector<uint32_t> tags = {DT_VERSYM, DT_VERDEF, DT_VERDEFNUM, DT_VERNEED,
+                                        DT_VERNEEDNUM};
+    EXPECT_EQ(tagsOf(tags), tags);
+    for (const size_t table : {rich.versym, rich.verdef, rich.verneed}) {
+        startModule();
+        ASSERT_TRUE(read(rich));
+        prune({&section(table)});
+        EXPECT_EQ(tagsOf(tags), std::vector<uint32_t>()) << table;
+        EXPECT_TRUE(hasTag(DT_HASH));
+    }
+}
+
+TEST_P(DynamicTagsTest, TagsOfARemovedHashTableGo) {
+    const std::vector<uint32_t> tags = {DT_HASH, DT_VERSYM};
+    prune({&section(rich.hash)});
+    EXPECT_EQ(tagsOf(tags), std::vector<uint32_t>{DT_VERSYM});
+}
+
+TEST_P(DynamicTagsTest, TagsOfRemovedSymbolsAndTextsGo) {
+    const std::vector<uint32_t> tags = {DT_SYMTAB, DT_SYMENT, DT_STRTAB, DT_STRSZ};
+    EXPECT_EQ(tagsOf(tags), tags);
+    prune({&section(rich.dynamicSymbols)});
+    EXPECT_EQ(tagsOf(tags), (std::vector<uint32_t>{DT_STRTAB, DT_STRSZ}));
+    startModule();
+    ASSERT_TRUE(read(rich));
+    prune({&section(rich.dynamicStrings)});
+    EXPECT_EQ(tagsOf(tags), (std::vector<uint32_t>{DT_SYMTAB, DT_SYMENT}));
 }
 
 } // namespace

@@ -131,6 +131,27 @@ TEST_P(SegmentNotesTest, ASectionOfNoSegmentHasANumberThatNoneHas) {
     EXPECT_EQ(segmentOf(*named(again, ".text")), 1);
 }
 
+// One map says it all, however many notes were there to be mended.
+TEST_P(SegmentNotesTest, OneOfManyStaleNotesIsWrittenAnew) {
+    const std::string notes = contentsOf(section(rich.note));
+    const std::string sound = notes.substr(notes.find("QEL") - 12);
+    const std::string other = bytes().word(4).word(4).word(1).text("ABC").word(7).bytes();
+    const std::string stale =
+        bytes().word(4).word(0).word(NT_QEL_SECTION_SEGMENTS).text("QEL").bytes();
+    Section* const more = module().createSection(".more", SHT_NOTE, 0);
+    setContents(section(rich.note), stale + other + stale + stale + other);
+    setContents(*more, stale + stale + other);
+    module().updateAuxiliarySections();
+    EXPECT_EQ(contentsOf(section(rich.note)), sound + other + other);
+    EXPECT_EQ(contentsOf(*more), other);
+    // One that is right will do.
+    setContents(*more, stale + other);
+    module().setAuxiliarySectionsUpToDate(false);
+    module().updateAuxiliarySections();
+    EXPECT_EQ(contentsOf(section(rich.note)), sound + other + other);
+    EXPECT_EQ(contentsOf(*more), other);
+}
+
 // --- Links and infos of sections that the library knows nothing of
 
 class SectionNumbersTest : public StaleTablesTest {

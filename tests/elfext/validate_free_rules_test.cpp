@@ -231,6 +231,7 @@ TEST_F(ValidateFreeTest, HeadersNotMapped) {
     expectFlaw("headersNotMapped", Severity_Warning,
                "First loadable segment #1 has 115 bytes unmapped at the start, but 116 are needed");
     text->setFileOffset(116);
+    text->setAddress(0x1074);
     expectNothing();
     module().getSegment(1)->setFileSize(115);
     expectFlaw("headersNotMapped", Severity_Warning,
@@ -239,6 +240,7 @@ TEST_F(ValidateFreeTest, HeadersNotMapped) {
     expectNothing();
     module().getSegment(0)->setVirtualAddress(0x34);
     module().getSegment(1)->setFileOffset(0x1000);
+    text->setFileOffset(0x1074);
     expectFlaw("headersNotMapped", Severity_Warning,
                "First loadable segment #1 has 0 bytes unmapped at the start, but 116 are needed");
     module().getSegment(0)->setType(PT_NULL); // nobody says that they are in memory
@@ -292,6 +294,39 @@ TEST_F(ValidateFreeTest, LoadableSectionOutsideSegment) {
                         " is not contained in a loadable segment"};
     };
     expectFlaws({outside(2), outside(3), outside(4)});
+}
+
+// The first segment of a shared library starts at address 0, where all sections are that nobody
+// has put anywhere.
+TEST_F(ValidateFreeTest, LoadableSectionsWithoutAPlaceInTheFileAreOutside) {
+    Segment* const load = makeImage(0, 0, 0x200);
+    Section* const nowhere = plain(SHF_ALLOC);
+    nowhere->setSize(8);
+    expectFlaw("loadableSectionOutsideSegment", Severity_Warning,
+               "Loadable section #1 is not contained in a loadable segment");
+    load->addContained(nowhere, 0x100);
+    expectNothing();
+}
+
+TEST_F(ValidateFreeTest, LoadableSectionsHaveOnePlaceInTheirSegment) {
+    makeImage(0x100, 0x1000, 0x200);
+    Section* const section = placed(SHF_ALLOC, 0x180, 0x1080, 4);
+    keepTables();
+    expectNothing();
+    section->setFileOffset(0x184);
+    expectFlaw("loadableSectionOutsideSegment", Severity_Warning,
+               "Loadable section #1 is not contained in a loadable segment");
+    section->setSize(0); // it has no bytes that could lie elsewhere
+    expectNothing();
+    section->setSize(4);
+    section->setFlags(0);
+    section->setFileOffset(0x400);
+    expectNothing();
+    Section* const zeros = plain(SHF_ALLOC, SHT_NOBITS);
+    zeros->setAddress(0x1090);
+    zeros->setFileOffset(0x500);
+    zeros->setSize(16);
+    expectNothing();
 }
 
 TEST_F(ValidateFreeTest, LoadableSectionMayBeInALongSegmentThatStartsFirst) {

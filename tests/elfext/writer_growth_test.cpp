@@ -273,5 +273,58 @@ TEST_P(WriterGrowthTest, AHeaderOfAnotherSizeIsWrittenInThatOfItsClass) {
     }
 }
 
+// --- Sections that the image did not have
+
+class WriterNewSectionTest : public ReaderFormatTest {
+protected:
+    // One to be loaded, which is in memory by its address, but in no segment.
+    void addSection() {
+        testsupport::ElfBuilder builder(format(), elf::ET_DYN);
+        const size_t data = builder.add(
+            {.name = ".data", .flags = elf::SHF_ALLOC, .contents = "0123456789", .mapped = true});
+        builder.addSegment({.firstSection = 0, .lastSection = data});
+        ASSERT_TRUE(read(builder.bytes()));
+        Section* const added = module().createSection(".new", SHT_PROGBITS, SHF_ALLOC);
+        added->setContents("new", 3);
+        added->setAddress(section(data).getAddress());
+    }
+    Reports outside() {
+        for (const Section* const section : module().getSections()) {
+            if (textOf(section->getName()) == ".new") {
+                return {{Severity_Warning, "Loadable section #" +
+                                               std::to_string(section->getIndex()) +
+                                               " is not contained in a loadable segment"}};
+            }
+        }
+        return {};
+    }
+};
+INSTANTIATE_FORMATS(WriterNewSectionTest);
+
+// No loader would ever see it.
+TEST_P(WriterNewSectionTest, ASectionThatIsLoadedWithNoSegmentIsTold) {
+    addSection();
+    EXPECT_EQ(writtenBytes(module()), "");
+    ASSERT_EQ(outside().size(), 1U);
+    EXPECT_EQ(reports(), outside());
+    EXPECT_FALSE(module().validate());
+    EXPECT_EQ(reports(), (Reports{outside().front(), outside().front()}));
+}
+
+TEST_P(WriterNewSectionTest, ItIsWrittenForAProgramThatKnowsBetter) {
+    startModule(true);
+    addSection();
+    const std::string bytes = writtenBytes(module());
+    EXPECT_NE(bytes, "");
+    EXPECT_EQ(reports(), outside());
+    // What a file has like that is written as it is.
+    startModule();
+    ASSERT_TRUE(read(bytes));
+    EXPECT_EQ(writtenBytes(module()), bytes);
+    EXPECT_EQ(reports(), Reports());
+    EXPECT_FALSE(module().validate());
+    EXPECT_EQ(reports(), outside());
+}
+
 } // namespace
 } // namespace elfext::test
