@@ -65,7 +65,7 @@ public:
     bool run() {
         settleTables();
         if (!m_Parts.list() || !m_Parts.relate() || !makeBlocks() || !constrainBlocks() ||
-            !checkFits() || !placeBlocks() || !placeRest()) {
+            !checkFits() || !placeBlocks() || !placeRest() || !checkSize()) {
             return false;
         }
         enterPlaces();
@@ -307,6 +307,12 @@ private:
     }
 
     // --- The outcome
+
+    // A segment may claim any number of bytes that nothing in it has.
+    bool checkSize() const {
+        const uint64_t excess = m_End > freePadding ? m_End - freePadding : 0;
+        return excess / (paddingPerByte + 1) <= m_Parts.contentsSize() || m_Parts.reportTooLarge();
+    }
 
     void enterPlaces() {
         for (uint32_t i = 0; i < m_Parts.count(); ++i) {

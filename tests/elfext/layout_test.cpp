@@ -532,6 +532,16 @@ TEST_F(LayoutTest, PaddingHasALimit) {
     EXPECT_EQ(segment->getFileOffset(), (uint64_t{1} << 30) + 0x40);
 }
 
+TEST_F(LayoutTest, SegmentsOfNothingHaveALimit) {
+    module().setClass(ELFCLASS64);
+    Segment* const segment = segmentOf(0, uint64_t{1} << 33, 1);
+    EXPECT_FALSE(layOut());
+    ASSERT_EQ(m_Handler.m_Reports.size(), 1U);
+    EXPECT_EQ(m_Handler.m_Reports[0].message, "I/O error writing file: File too large");
+    segment->setFileSize(uint64_t{16} << 20);
+    EXPECT_TRUE(layOut());
+}
+
 TEST_F(LayoutTest, DistancesHaveALimit) {
     module().setClass(ELFCLASS64);
     Segment* const segment = segmentOf(0, 0x10, 1);
