@@ -16,7 +16,7 @@ namespace arlib {
 namespace {
 
 // Bytes of an archive that are mapped at a time, unless a single member is larger.
-constexpr uint64_t stretchSize = uint64_t{2} << 20;
+constexpr uint64_t stretchSize = uint64_t{8} << 20;
 
 // With more of them the file cannot be had any faster.
 constexpr size_t mostThreads = 8;
