@@ -107,6 +107,9 @@ inline uint64_t entrySizeOf(const RelocationSection& table) {
 // True if a relocation of this section belongs to those of calls between files.
 bool isPltOrGot(const Section& section);
 
+// Removes the auxiliary sections that are not in use, once the tables in use are known.
+void removeStraySections(AuxiliaryState& state);
+
 // --- The steps. Texts are added before any table is filled, and all tables are filled at the end.
 
 // The relocations of `target` by table, those of each table in order. A share without a table is

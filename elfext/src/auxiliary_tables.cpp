@@ -277,6 +277,10 @@ bool updateGnuHash(AuxiliaryState& state, ObjectModule::SymbolArray& symbols) {
 }
 
 std::vector<RelocationShare> shareRelocations(Section& target) {
+    if (!target.hasRelocations() && target.getRelocationSections().getSize() == 0 &&
+        target.getDynamicRelocationSections().getSize() == 0) {
+        return {};
+    }
     std::array<std::array<RelocationKind, 2>, 2> kinds; // [dynamic][with addends]
     for (const Relocation* const relocation : target.getRelocations()) {
         kinds[relocation->isDynamic()][relocation->hasAddend()].relocations.push_back(relocation);

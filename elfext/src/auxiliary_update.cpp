@@ -6,18 +6,13 @@
 // tables are filled.
 #include "elfext/src/auxiliary_state.h"
 
-#include "elfext/interface/prune_criteria.h"
 #include "elfext/interface/relocation.h"
 #include "elfext/src/memory_guard.h"
-#include "elfext/src/stray_section_criteria.h"
 
 #include <algorithm>
 #include <cstring>
 
 namespace elfext {
-
-using elfext_src_object_module_yuk::DeleteShndxSectionPruneCriteria;
-using elfext_src_object_module_yuk::DeleteStrtabSectionPruneCriteria;
 
 StringTableBuilder& AuxiliaryState::textsOf(StringTableSection* table) {
     for (TableTexts& texts : m_Texts) {
@@ -74,7 +69,7 @@ public:
     void run() {
         loadRelocations();
         findTables();
-        removeStrays();
+        removeStraySections(m_State);
         noteRemoved();
         makeTables();
         settleSignatures();
@@ -131,149 +126,11 @@ private:
         }
     }
 
-    // --- What is there and not in use
-
-    void removeStrays() {
-        ManualPruneCriteria strays;
-        uint32_t count = 0;
-        const auto remove = [&strays, &count](const Section* section) {
-            strays.addSection(section);
-            ++count;
-        };
-        for (const auto* const list : {&m_Module.m_SymtabSections, &m_Module.m_DynsymSections,
-                                       &m_Module.m_DebugOverlaySections}) {
-            for (uint32_t i = 1; i < list->getSize(); ++i) {
-                remove((*list)[i]);
-            }
-        }
-        removeTwinsOfVersions(remove);
-        removeHashSections(remove);
-        removeAttributesSections(remove);
-        removeGroupSections(remove);
-        for (Section* const section : m_Module.m_Sections) {
-            const RelocationSection* const table = section->asRelocationSection();
-            if (table != nullptr && table->getTarget() == nullptr) {
-                remove(table);
-            }
-            for (const RelocationShare& share : sharesOf(*section)) {
-                if (share.m_Relocations.empty() && share.m_Table->getContentsSize() != 0) {
-                    remove(share.m_Table);
-                }
-            }
-        }
-        addStrayIndexTables(remove);
-        addStrayStringTables(strays, remove);
-        if (count != 0) {
-            m_Module.prune(strays);
-        }
-    }
-
-    // Of several sections the reader takes the last one.
-    template <typename Remove>
-    void removeTwinsOfVersions(Remove remove) {
-        if (!hasVersions(m_Module)) {
-            return;
-        }
-        for (const auto* const list : {&m_Module.m_VerdefSections, &m_Module.m_VerneedSections,
-                                       &m_Module.m_VersymSections}) {
-            for (uint32_t i = 0; i + 1 < list->getSize(); ++i) {
-                remove((*list)[i]);
-            }
-        }
-    }
-
-    // Those that no table of symbols in use has.
-    template <typename Remove>
-    void removeHashSections(Remove remove) {
-        const HashSection* const inUse =
-            m_State.m_Dynsym != nullptr ? m_State.m_Dynsym->getHashSection() : nullptr;
-        for (const Section* const section : m_Module.m_HashSections) {
-            if (section != inUse) {
-                remove(section);
-            }
-        }
-    }
-
-    // Their statements are in the model, so the one in use will hold them. Sections that nobody
-    // understood stay, unless one of them makes way for what the program states.
-    template <typename Remove>
-    void removeAttributesSections(Remove remove) {
-        const bool isUsedAnew =
-            m_State.m_Attributes != nullptr && !m_State.m_Attributes->isUnderstood();
-        for (const Section* const section : m_Module.m_BuildAttributesSections) {
-            if (section != m_State.m_Attributes &&
-                (isUsedAnew ||
-                 static_cast<const BuildAttributesSection*>(section)->isUnderstood())) {
-                remove(section);
-            }
-        }
-    }
-
-    // Tags of the dynamic section tell of them.
+    // Tags of the dynamic section tell of what was in memory.
     void noteRemoved() {
         normaliseRanges(m_Module.m_RemovedMemory);
         m_State.m_RemovedMemory.assign(m_Module.m_RemovedMemory.begin(),
                                        m_Module.m_RemovedMemory.end());
-    }
-
-    // Those that no group stands behind.
-    template <typename Remove>
-    void removeGroupSections(Remove remove) {
-        std::vector<const Section*> ofGroups;
-        for (const Group* const group : m_Module.m_Groups) {
-            ofGroups.push_back(group->getSection());
-        }
-        std::sort(ofGroups.begin(), ofGroups.end());
-        for (const Section* const section : m_Module.m_GroupSections) {
-            if (!std::binary_search(ofGroups.begin(), ofGroups.end(), section)) {
-                remove(section);
-            }
-        }
-    }
-
-    static std::vector<RelocationShare> sharesOf(Section& target) {
-        const bool hasAny = target.hasRelocations() ||
-                            target.getRelocationSections().getSize() != 0 ||
-                            target.getDynamicRelocationSections().getSize() != 0;
-        return hasAny ? shareRelocations(target) : std::vector<RelocationShare>();
-    }
-
-    template <typename Remove>
-    void addStrayIndexTables(Remove remove) {
-        const auto tableOf = [](const SymbolTableSection* symbols) {
-            return symbols != nullptr ? symbols->getShndxSection() : nullptr;
-        };
-        DeleteShndxSectionPruneCriteria criteria(tableOf(m_State.m_Symtab),
-                                                 tableOf(m_State.m_Dynsym));
-        for (const Section* const section : m_Module.m_ShndxSections) {
-            if (criteria.matchesSection(section)) {
-                remove(section);
-            }
-        }
-    }
-
-    // A string table goes only if it was in use, and if nothing that stays refers to it: programs
-    // have string tables of their own.
-    template <typename Remove>
-    void addStrayStringTables(ManualPruneCriteria& strays, Remove remove) {
-        DeleteStrtabSectionPruneCriteria criteria(m_State.m_SectionNames, m_State.m_SymbolNames,
-                                                  m_State.m_DynamicNames);
-        std::vector<const Section*> linked;
-        for (const Section* const section : m_Module.m_Sections) {
-            if (!strays.matchesSection(section)) {
-                linked.push_back(section->getLink());
-            }
-        }
-        std::sort(linked.begin(), linked.end());
-        for (const Section* const section : m_Module.m_StringTableSections) {
-            const auto* const table = static_cast<const StringTableSection*>(section);
-            const bool wasInUse = table->servesSectionNames() || table->servesSymbols() ||
-                                  table->servesDynamicSymbols() || table->servesDynamicSection();
-            if (wasInUse && criteria.matchesSection(table) && !m_State.isPlaced(*table) &&
-                !std::binary_search(linked.begin(), linked.end(), table)) {
-                remove(table);
-            }
-        }
     }
 
     // --- What is missing
@@ -410,7 +267,7 @@ private:
         const uint32_t count = m_Module.getSectionCount(); // the new ones are not relocated
         for (uint32_t i = 0; i < count; ++i) {
             Section& target = *m_Module.getSection(i);
-            for (const RelocationShare& share : sharesOf(target)) {
+            for (const RelocationShare& share : shareRelocations(target)) {
                 if (share.m_Table == nullptr) {
                     const Relocation& first = *share.m_Relocations.front();
                     made(
