@@ -2,7 +2,7 @@
 import struct
 
 SYMTAB, STRTAB, RELA, HASH, DYNAMIC, NOTE, NOBITS, REL, DYNSYM = 2, 3, 4, 5, 6, 7, 8, 9, 11
-GROUP, SHNDX = 17, 18
+INIT_ARRAY, GROUP, SHNDX, GNU_HASH = 14, 17, 18, 0x6FFFFFF6
 VERDEF, VERNEED, VERSYM = 0x6FFFFFFD, 0x6FFFFFFE, 0x6FFFFFFF
 PREEMPTION, ATTRIBUTES, OVERLAY = 0x70000002, 0x70000003, 0x70000004
 BASE = 0x10000
@@ -51,37 +51,42 @@ class Elf:
         return self.pack(form, name, section["type"], flags, address, offset, size, link, info,
                          alignment, entry)
 
-    def segment(self, kind, offset, size):
+    def segment(self, kind, offset, size, memory):
         if self.wide:
-            return self.pack("IIQQQQQQ", kind, 7, offset, BASE + offset, 0, size, size, 1)
-        return self.pack("8I", kind, offset, BASE + offset, 0, size, size, 7, 1)
+            return self.pack("IIQQQQQQ", kind, 7, offset, BASE + offset, 0, size, memory, 1)
+        return self.pack("8I", kind, offset, BASE + offset, 0, size, memory, 7, 1)
+
+    def sizes(self):
+        """Those of the ELF header, of a program header and of a section header."""
+        return (64, 56, 64) if self.wide else (52, 32, 40)
+
+    def offset(self, section, segments):
+        """Where a section will lie in a file of so many segments."""
+        header_size, segment_size, _ = self.sizes()
+        return header_size + segments * segment_size + sum(
+            len(other.get("data", b"")) for other in self.sections[:section])
 
     def bytes(self):
         self.add(b".shstrtab", STRTAB, b"\0" + b"".join(s["name"] + b"\0" for s in self.sections))
         self.sections[-1]["data"] += b".shstrtab\0"
-        header_size, segment_size = (64, 56) if self.wide else (52, 32)
-        position = header_size + segment_size * len(self.segments)
-        body, offsets = b"", []
-        for section in self.sections:
-            offsets.append(position)
-            data = b"" if section["type"] == NOBITS else section.get("data", b"")
-            body += data
-            position += len(data)
+        header_size, segment_size, section_size = self.sizes()
+        offsets = [self.offset(i, len(self.segments)) for i in range(len(self.sections) + 1)]
+        body = b"".join(section.get("data", b"") for section in self.sections)
         table, name = b"", 1
         for section, offset in zip(self.sections, offsets):
             table += self.header(section, name, offset)
             name += len(section["name"]) + 1
         segments = b""
         for kind, first, last in self.segments:
-            end = offsets[last] + len(self.sections[last].get("data", b""))
-            segments += self.segment(kind, offsets[first] if first else 0, end - (
-                offsets[first] if first else 0))
+            start = offsets[first] if first else 0
+            size = offsets[last + 1] - start
+            segments += self.segment(kind, start, size, size + self.sections[last].get("size", 0))
         ident = b"\x7fELF" + bytes([2 if self.wide else 1, 1 if self.order == "<" else 2, 1])
         form = "HHIQQQIHHHHHH" if self.wide else "HHIIIIIHHHHHH"
         header = ident.ljust(16, b"\0") + self.pack(
             form, self.kind, 183 if self.wide else 40, 1, 0, header_size if segments else 0,
-            position, 0, header_size, segment_size, len(self.segments),
-            64 if self.wide else 40, len(self.sections), len(self.sections) - 1)
+            offsets[-1], 0, header_size, segment_size, len(self.segments),
+            section_size, len(self.sections), len(self.sections) - 1)
         return header + segments + body + table
 
 
@@ -162,11 +167,8 @@ def image(wide, little):
     elf.add(b".verneed", VERNEED, verneed, link=strings, flags=2)
     records = elf.words(1, 1, 5, 5) + elf.words(0)
     preemption = elf.add(b".preempt", PREEMPTION, records, link=strings, flags=2)
-    # The sections up to here, the header and three program headers stand in front of it.
-    offset = (64 + 3 * 56 if wide else 52 + 3 * 32) + sum(
-        len(section.get("data", b"")) for section in elf.sections[:preemption])
     dynamic = [(1, 5), (14, 5), (15, 1), (29, 1), (12, BASE), (21, 0), (30, 1),
-               (0x6FFFFFFD, 1), (0x6FFFFFFF, 1), (0x70000002, BASE + offset), (0, 0)]
+               (0x6FFFFFFD, 1), (0x6FFFFFFF, 1), (0x70000002, BASE + elf.offset(preemption, 3)), (0, 0)]
     data = b"".join(elf.addresses(*pair) for pair in dynamic)
     last = elf.add(b".dynamic", DYNAMIC, data, link=strings, flags=2)
     count = sum(1 for section in elf.sections if section.get("flags", 0) & 2) + 1
@@ -177,12 +179,93 @@ def image(wide, little):
     return elf.bytes()
 
 
+def gnu_hash(name):
+    value = 5381
+    for byte in name:
+        value = (value * 33 + byte) & 0xFFFFFFFF
+    return value
+
+
+def add_gnu_hash(elf, names, first):
+    """A hash table with one bucket of the symbols with these names, from entry `first` on."""
+    hashes = [gnu_hash(name) for name in names]
+    bits = 64 if elf.wide else 32
+    filter_word = 0
+    for value in hashes:
+        filter_word |= 1 << value % bits | 1 << (value >> 5) % bits
+    chains = [value & ~1 for value in hashes]
+    chains[-1] |= 1
+    data = elf.words(1, first, 1, 5) + elf.addresses(filter_word) + elf.words(first, *chains)
+    return elf.add(b".gnu.hash", GNU_HASH, data, flags=2)
+
+
+def linked(wide, little):
+    """A shared object with the sections, segments and tags that linkers of today make."""
+    elf = Elf(wide, little, 3)
+
+    def address(section):
+        return BASE + elf.offset(section, 4)
+
+    def size(section):
+        return len(elf.sections[section]["data"])
+
+    kind, name, addend = (RELA, b".rela", 0) if wide else (REL, b".rel", None)
+    hashes = add_gnu_hash(elf, (b"one", b"two"), 2)
+    texts = b"\0puts\0one\0two\0libc.so\0V1\0libown.so\0"
+    dynsym = elf.add(b".dynsym", DYNSYM, flags=2, link=hashes + 2, info=1)
+    dynstr = elf.add(b".dynstr", STRTAB, texts, flags=2)
+    elf.sections[hashes]["link"] = dynsym
+    versym = elf.add(b".gnu.version", VERSYM, elf.pack("4H", 0, 2, 1, 0x8001), link=dynsym, flags=2)
+    need = elf.pack("HH", 1, 1) + elf.words(14, 16, 0)
+    need += elf.words(0) + elf.pack("HH", 0, 2) + elf.words(22, 0)
+    verneed = elf.add(b".gnu.version_r", VERNEED, need, link=dynstr, info=1, flags=2)
+    moves = elf.add(name + b".dyn", kind, flags=2, link=dynsym)
+    calls = elf.add(name + b".plt", kind, flags=0x42, link=dynsym)
+    init = elf.add(b".init", 1, b"init", flags=6)
+    text = elf.add(b".text", 1, b"one and two", flags=6)
+    fini = elf.add(b".fini", 1, b"fini", flags=6)
+    array = elf.add(b".init_array", INIT_ARRAY, elf.addresses(0), flags=3)
+    dynamic = elf.add(b".dynamic", DYNAMIC, link=dynstr, flags=3)
+    got = elf.add(b".got", 1, elf.addresses(0, 0), flags=3)
+    data = elf.add(b".data", 1, elf.addresses(0, 0), flags=3)
+    bss = elf.add(b".bss", NOBITS, size=24, flags=3)
+
+    # All sizes first, then what tells of places.
+    entries = 22
+    elf.sections[dynsym]["data"] = elf.symbol(0, 0, 0) * 4
+    elf.sections[moves]["data"] = elf.relocation(0, 0, addend) * 3
+    elf.sections[calls].update(data=elf.relocation(0, 0, addend), info=got)
+    elf.sections[dynamic]["data"] = elf.addresses(0, 0) * entries
+    elf.sections[dynsym]["data"] = b"".join((
+        elf.symbol(0, 0, 0), elf.symbol(1, 0x12, 0), elf.symbol(6, 0x12, text, address(text), 3),
+        elf.symbol(10, 0x11, bss, address(bss), 24)))
+    width = len(elf.addresses(0))
+    # Type 1 is that of relocations that only add the address that the file is loaded at.
+    elf.sections[moves]["data"] = b"".join((
+        elf.relocation(address(array), 0, addend), elf.relocation(address(data), 0, addend),
+        elf.relocation(address(data) + width, 2, addend)))
+    elf.sections[calls]["data"] = elf.relocation(address(got), 1, addend)
+    tags = [(1, 14), (14, 25), (12, address(init)), (13, address(fini)), (25, address(array)),
+            (27, width), (0x6FFFFEF5, address(hashes)), (5, address(dynstr)),
+            (6, address(dynsym)), (10, len(texts)), (11, size(dynsym) // 4),
+            (0x6FFFFFFE, address(verneed)), (0x6FFFFFFF, 1), (0x6FFFFFF0, address(versym))]
+    relocation_tags = (7, 8, 9, 0x6FFFFFF9) if wide else (17, 18, 19, 0x6FFFFFFA)
+    tags += zip(relocation_tags, (address(moves), size(moves), size(moves) // 3, 2))
+    tags += [(2, size(calls)), (20, relocation_tags[0]), (23, address(calls)), (0, 0)]
+    elf.sections[dynamic]["data"] = b"".join(elf.addresses(*pair) for pair in tags)
+    assert len(tags) == entries
+    add_symbols(elf, text)
+    elf.segments = [(1, 0, calls), (1, init, fini), (1, array, bss), (2, dynamic, dynamic)]
+    return elf.bytes()
+
+
 def elf_files():
     for wide in (False, True):
         for little in (False, True):
             yield relocatable(wide, little)
             yield plain(wide, little)
             yield image(wide, little)
+            yield linked(wide, little)
 
 
 def headers():
