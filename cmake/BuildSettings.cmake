@@ -4,6 +4,13 @@ option(TOMEX_SANITIZE "Build with the address and undefined behaviour sanitizers
 option(TOMEX_FUZZ "Build the fuzz targets, and the libraries for them (needs clang)" OFF)
 option(TOMEX_WERROR "Treat warnings as errors" ON)
 
+# ccache keeps nothing of sources with a precompiled header unless it is told to be less careful.
+set(precompile ON)
+if(CMAKE_CXX_COMPILER_LAUNCHER MATCHES "ccache")
+    set(precompile OFF)
+endif()
+option(TOMEX_PRECOMPILED_HEADERS "Read headers that very many sources include once" ${precompile})
+
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)

@@ -5,13 +5,6 @@
 # most tests say themselves, so it is read once for all that are compiled alike. Only that header,
 # which each test includes anyway: whatever else a test needs it must include itself.
 
-# ccache keeps nothing of sources with a precompiled header unless it is told to be less careful.
-set(precompile ON)
-if(CMAKE_CXX_COMPILER_LAUNCHER MATCHES "ccache")
-    set(precompile OFF)
-endif()
-option(TOMEX_PRECOMPILED_TESTS "Read GoogleTest's header once for all tests" ${precompile})
-
 # The ways to compile tests, and the options of each:
 #  - PLAIN: as nearly all are;
 #  - OPTIMISED: tests of what stands in headers, as users get that. Under the sanitizers, which are not
@@ -31,7 +24,7 @@ foreach(way PLAIN OPTIMISED UNSANITISED)
         ${CMAKE_SOURCE_DIR}/tests/support/test_main.cpp)
     target_compile_options(tomex_test_main_${way} PRIVATE ${testOptions_${way}})
     target_link_libraries(tomex_test_main_${way} PRIVATE ${testSettings_${way}} GTest::gtest)
-    if(TOMEX_PRECOMPILED_TESTS)
+    if(TOMEX_PRECOMPILED_HEADERS)
         target_precompile_headers(tomex_test_main_${way} PRIVATE <gtest/gtest.h>)
     endif()
 endforeach()
@@ -54,7 +47,7 @@ function(tomex_test name)
     target_compile_options(${name} PRIVATE ${testOptions_${way}})
     target_link_libraries(${name} PRIVATE
         ${arg_USES} tomex_settings tomex_test_main_${way} GTest::gtest)
-    if(TOMEX_PRECOMPILED_TESTS)
+    if(TOMEX_PRECOMPILED_HEADERS)
         target_precompile_headers(${name} REUSE_FROM tomex_test_main_${way})
     endif()
 
