@@ -11,8 +11,9 @@ BASE = 0x10000
 class Elf:
     """One file: sections are added, bytes() lays them out."""
 
-    def __init__(self, wide, little, kind):
+    def __init__(self, wide, little, kind, unit=1):
         self.wide, self.kind = wide, kind
+        self.unit = unit  # sections start at multiples of it
         self.order = "<" if little else ">"
         self.sections = [dict(name=b"", type=0)]
         self.segments = []
@@ -63,15 +64,22 @@ class Elf:
     def offset(self, section, segments):
         """Where a section will lie in a file of so many segments."""
         header_size, segment_size, _ = self.sizes()
-        return header_size + segments * segment_size + sum(
-            len(other.get("data", b"")) for other in self.sections[:section])
+        offset = header_size + segments * segment_size
+        return self.rounded(offset) + sum(
+            self.rounded(len(other.get("data", b""))) for other in self.sections[:section])
+
+    def rounded(self, size):
+        return -(-size // self.unit) * self.unit
+
+    def padded(self, data):
+        return data.ljust(self.rounded(len(data)), b"\0")
 
     def bytes(self):
         self.add(b".shstrtab", STRTAB, b"\0" + b"".join(s["name"] + b"\0" for s in self.sections))
         self.sections[-1]["data"] += b".shstrtab\0"
         header_size, segment_size, section_size = self.sizes()
         offsets = [self.offset(i, len(self.segments)) for i in range(len(self.sections) + 1)]
-        body = b"".join(section.get("data", b"") for section in self.sections)
+        body = b"".join(self.padded(section.get("data", b"")) for section in self.sections)
         table, name = b"", 1
         for section, offset in zip(self.sections, offsets):
             table += self.header(section, name, offset)
@@ -79,7 +87,7 @@ class Elf:
         segments = b""
         for kind, first, last in self.segments:
             start = offsets[first] if first else 0
-            size = offsets[last + 1] - start
+            size = offsets[last] + len(self.sections[last].get("data", b"")) - start
             segments += self.segment(kind, start, size, size + self.sections[last].get("size", 0))
         ident = b"\x7fELF" + bytes([2 if self.wide else 1, 1 if self.order == "<" else 2, 1])
         form = "HHIQQQIHHHHHH" if self.wide else "HHIIIIIHHHHHH"
@@ -87,7 +95,7 @@ class Elf:
             form, self.kind, 183 if self.wide else 40, 1, 0, header_size if segments else 0,
             offsets[-1], 0, header_size, segment_size, len(self.segments),
             section_size, len(self.sections), len(self.sections) - 1)
-        return header + segments + body + table
+        return self.padded(header + segments) + body + table
 
 
 def add_symbols(elf, text):
@@ -201,7 +209,7 @@ def add_gnu_hash(elf, names, first):
 
 def linked(wide, little):
     """A shared object with the sections, segments and tags that linkers of today make."""
-    elf = Elf(wide, little, 3)
+    elf = Elf(wide, little, 3, 8)
 
     def address(section):
         return BASE + elf.offset(section, 4)
