@@ -139,7 +139,7 @@ void fillVersions(AuxiliaryState& state);
 
 // True if there is anything that a dynamic section tells.
 bool hasDynamicRecords(const ObjectModule& objectModule);
-// True if the dynamic section has a place for the preemption map, or has nothing yet.
+// True if there is a dynamic section, and it tells of no preemption map that may still be there.
 bool tellsPreemptionMap(AuxiliaryState& state);
 void addDynamicTexts(AuxiliaryState& state);
 void fillPreemptionMap(AuxiliaryState& state);

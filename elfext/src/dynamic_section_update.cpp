@@ -41,6 +41,7 @@ constexpr PlaceTags placeTags[] = {
     {DT_INIT_ARRAY, DT_INIT_ARRAYSZ, DT_NULL},
     {DT_FINI_ARRAY, DT_FINI_ARRAYSZ, DT_NULL},
     {DT_PREINIT_ARRAY, DT_PREINIT_ARRAYSZ, DT_NULL},
+    {DT_QEL_PREEMPTMAP, DT_NULL, DT_NULL},
 };
 
 // Required by loaders: they take the numbers of symbols' versions for those of definitions and
@@ -64,6 +65,9 @@ public:
         for (const DynamicEntry& entry : m_Old) {
             m_OldFlagTags |= flagOf(entry.tag);
             noteGone(entry);
+        }
+        if (m_Old.empty()) {
+            noteGoneValues();
         }
         settleGone();
         for (const DynamicEntry& entry : m_Old) {
@@ -160,8 +164,21 @@ private:
         }
     }
 
+    // A new section would tell of what went together with the old one.
+    void noteGoneValues() {
+        for (const ValueTag& row : valueTags) {
+            const ObjectModule::DynamicValue& value = (m_Module.*row.get)();
+            if (value.has_value()) {
+                noteGone({row.tag, *value, nullptr});
+            }
+        }
+    }
+
     // True if what the entry tells of has been removed, and the program has stated no other place.
     bool leadsNowhere(const DynamicEntry& entry) const {
+        if (entry.tag == DT_QEL_PREEMPTMAP && isPreemptionMapFileOffset(m_Module)) {
+            return false; // what memory the file's bytes went to, nobody knows any more
+        }
         if (const ValueTag* const row = valueTagOf(entry.tag); row != nullptr) {
             const ObjectModule::DynamicValue& value = (m_Module.*row->get)();
             if (!value.has_value() || !isSameValue(entry, *value)) {
@@ -358,9 +375,13 @@ bool tellsPreemptionMap(AuxiliaryState& state) {
     if (state.m_Dynamic == nullptr) {
         return false;
     }
+    const bool isAddress = !isPreemptionMapFileOffset(state.m_Module);
     const std::vector<DynamicEntry> entries = readDynamicEntries(state, slotCount);
     return std::none_of(entries.begin(), entries.end(),
-                        [](const DynamicEntry& entry) { return entry.tag == DT_QEL_PREEMPTMAP; });
+                        [&state, isAddress](const DynamicEntry& entry) {
+                            return entry.tag == DT_QEL_PREEMPTMAP &&
+                                   !(isAddress && state.wasRemoved(entry.value, 1));
+                        });
 }
 
 void addDynamicTexts(AuxiliaryState& state) {

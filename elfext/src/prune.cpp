@@ -146,15 +146,9 @@ private:
         }
     }
 
-    // A dynamic section that stays may tell where in memory a section was.
+    // A dynamic section may tell where in memory a section was, and so may what the module has read
+    // of one.
     void noteAddresses() {
-        const bool isTold =
-            std::any_of(m_Module.m_DynamicSections.begin(), m_Module.m_DynamicSections.end(),
-                        [this](const Section* section) { return !goes(section, m_Sections); });
-        if (!isTold) {
-            m_Module.m_RemovedMemory.clear();
-            return;
-        }
         for (const Section* const section : m_Module.m_Sections) {
             if (goes(section, m_Sections) && (section->getFlags() & SHF_ALLOC) != 0 &&
                 takesUpMemory(*section)) {

@@ -298,6 +298,32 @@ TEST_P(RelocationTagsTest, TagsThatLeadBesideRemovedMemoryStay) {
     EXPECT_EQ(tagsNow(), all);
 }
 
+// A new dynamic section tells what the module has read of the old one.
+TEST_P(RelocationTagsTest, ValuesOfRemovedMemoryDoNotOutliveTheirSection) {
+    for (const bool isAtOnce : {true, false}) {
+        startModule();
+        makeImage();
+        const Section* const code = makePart(0x2000);
+        module().setInit(0x2000);
+        module().setFini(0x3000);
+        if (isAtOnce) {
+            prune({m_Dynamic, code});
+        } else {
+            prune({m_Dynamic});
+            prune({code});
+        }
+        ASSERT_EQ(module().getDynamicSections().getSize(), 0U);
+        module().updateAuxiliarySections();
+        ASSERT_EQ(module().getDynamicSections().getSize(), 1U);
+        m_Dynamic = module().getDynamicSections()[0];
+        const Tags now = tagsNow();
+        EXPECT_EQ(std::count(now.begin(), now.end(), Tags::value_type(DT_FINI, 0x3000)), 1);
+        EXPECT_TRUE(std::none_of(now.begin(), now.end(),
+                                 [](const auto& tag) { return tag.first == DT_INIT; }));
+        EXPECT_EQ(module().getInit(), std::nullopt);
+    }
+}
+
 class DynamicTagsTest : public StaleTablesTest {
 protected:
     void SetUp() override {
@@ -362,6 +388,29 @@ TEST_P(DynamicTagsTest, TagsOfRemovedSymbolsAndTextsGo) {
     ASSERT_TRUE(read(rich));
     prune({&section(rich.dynamicStrings)});
     EXPECT_EQ(tagsOf(tags), (std::vector<uint32_t>{DT_SYMTAB, DT_SYMENT}));
+}
+
+TEST_P(DynamicTagsTest, TheTagOfARemovedPreemptionMapGoes) {
+    const std::vector<uint32_t> tags = {DT_HASH, DT_QEL_PREEMPTMAP};
+    EXPECT_EQ(tagsOf(tags), tags);
+    ManualPruneCriteria criteria;
+    criteria.addSection(module().getPreemptionMapSections()[0]);
+    for (uint32_t i = 0; i < module().getPreemptionCount(); ++i) {
+        criteria.addPreemption(module().getPreemption(i));
+    }
+    module().prune(criteria);
+    EXPECT_EQ(tagsOf(tags), std::vector<uint32_t>{DT_HASH});
+}
+
+// The preemptions themselves still stand, so they get another map.
+TEST_P(DynamicTagsTest, PreemptionsGetANewMapInPlaceOfARemovedOne) {
+    const uint32_t count = module().getPreemptionCount();
+    ASSERT_NE(count, 0U);
+    prune({module().getPreemptionMapSections()[0]});
+    module().updateAuxiliarySections();
+    ASSERT_EQ(module().getPreemptionMapSections().getSize(), 1U);
+    EXPECT_NE(module().getPreemptionMapSections()[0]->getContentsSize(), 0U);
+    EXPECT_EQ(module().getPreemptionCount(), count);
 }
 
 } // namespace
