@@ -1,9 +1,7 @@
 // Internal checks as users meet them: the option that chooses their level, and places that are the
 // same whatever folder the program was built in.
 #include "tests/command/command_case.h"
-
-#include <fstream>
-#include <iterator>
+#include "tests/support/whole_file.h"
 
 namespace commandtest {
 namespace {
@@ -41,8 +39,7 @@ TEST_F(InternalChecks, LevelIsNotReachedBehindTheVersionNumber) {
 // A fault's fingerprint is taken of its place, so no place may name the folder of the sources. (The
 // sanitizers keep places of their own in the program, which do.)
 TEST_F(InternalChecks, PlacesDoNotNameTheFolderOfTheSources) {
-    std::ifstream program(testsupport::tomexProgram(), std::ios::binary);
-    const std::string bytes{std::istreambuf_iterator<char>(program), {}};
+    const std::string bytes = testsupport::wholeFile(testsupport::tomexProgram());
     EXPECT_NE(bytes.find("arlib/interface/archive_member"), std::string::npos);
     for (const char* room : {"alloclib", "platform", "tabledrivenparser", "messages", "elfext",
                              "attributes", "arlib", "tomex"}) {

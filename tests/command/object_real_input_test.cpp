@@ -68,7 +68,7 @@ TEST_F(ObjectRealInput, HostLibrariesDefineWhatNmSays) {
     size_t objects = 0;
     for (const std::string& library : libraries) {
         SCOPED_TRACE(library);
-        std::string bytes = readFile(library);
+        std::string bytes = wholeFile(library);
         const size_t count = testsupport::retargetArchive(bytes);
         if (count == 0) {
             continue; // of another object format, or of none
@@ -91,7 +91,7 @@ TEST_F(ObjectRealInput, ProgramsAndSharedLibrariesAreReadWithoutAReport) {
     Words words = {"-rc", "lib.a"};
     Words expected;
     for (const std::string& path : some(all, testsupport::sanitizedBuild ? 60 : 400)) {
-        std::string bytes = readFile(path);
+        std::string bytes = wholeFile(path);
         ASSERT_TRUE(testsupport::retargetElf(bytes)) << path;
         // Names of their own: the same file name stands in several folders.
         words.push_back("image" + std::to_string(words.size()));

@@ -8,23 +8,17 @@
 #include <ctime>
 #include <fstream>
 #include <iostream>
-#include <sstream>
 
 #include "tests/support/host_libraries.h"
+#include "tests/support/whole_file.h"
 #include "tests/support/witness_presence.h"
 
 namespace commandtest {
 
 using testsupport::ParsedMember;
 using testsupport::present;
+using testsupport::wholeFile;
 using testsupport::Witness;
-
-inline std::string readFile(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    std::ostringstream bytes;
-    bytes << file.rdbuf();
-    return std::move(bytes).str();
-}
 
 // At most `count` of the host's libraries below 8 MiB, of all sizes from the largest on.
 inline std::vector<std::string> someHostLibraries(size_t count) {

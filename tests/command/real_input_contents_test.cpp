@@ -30,7 +30,7 @@ protected:
         return files;
     }
     static ParsedArchive parsed(const std::string& library) {
-        ParsedArchive result = testsupport::parseArchive(readFile(library), ArchiveRules::AnyTool);
+        ParsedArchive result = testsupport::parseArchive(wholeFile(library), ArchiveRules::AnyTool);
         EXPECT_EQ(result.error, "") << library;
         return result;
     }

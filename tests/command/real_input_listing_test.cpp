@@ -23,7 +23,7 @@ TEST_F(RealInputListing, NamesAreThoseOfAr) {
             EXPECT_TRUE(names == says(ar, {"t", library})) << library;
         } else {
             const ParsedArchive parsed =
-                testsupport::parseArchive(readFile(library), testsupport::ArchiveRules::AnyTool);
+                testsupport::parseArchive(wholeFile(library), testsupport::ArchiveRules::AnyTool);
             EXPECT_TRUE(names == listing(parsed)) << library;
         }
     }
@@ -35,7 +35,7 @@ TEST_F(RealInputListing, DetailsAreThoseOfTheHeaders) {
     ASSERT_FALSE(libraries.empty());
     for (const std::string& library : libraries) {
         const ParsedArchive parsed =
-            testsupport::parseArchive(readFile(library), testsupport::ArchiveRules::AnyTool);
+            testsupport::parseArchive(wholeFile(library), testsupport::ArchiveRules::AnyTool);
         ASSERT_EQ(parsed.error, "") << library;
         std::string expected;
         std::string expectedOfAr;
@@ -54,7 +54,7 @@ TEST_F(RealInputListing, DetailsAreThoseOfTheHeaders) {
 TEST_F(RealInputListing, ListingChangesNothing) {
     const std::vector<std::string> libraries = someHostLibraries(1);
     ASSERT_FALSE(libraries.empty());
-    const std::string bytes = readFile(libraries.front());
+    const std::string bytes = wholeFile(libraries.front());
     folder.write("lib.a", bytes);
     const uint64_t identity = folder.identity("lib.a");
     folder.setTime("lib.a", 12345);
@@ -69,7 +69,7 @@ TEST_F(RealInputListing, ListingChangesNothing) {
 TEST_F(RealInputListing, WordsChooseMembers) {
     for (const std::string& library : someHostLibraries(testsupport::sanitizedBuild ? 20 : 100)) {
         const ParsedArchive parsed =
-            testsupport::parseArchive(readFile(library), testsupport::ArchiveRules::AnyTool);
+            testsupport::parseArchive(wholeFile(library), testsupport::ArchiveRules::AnyTool);
         const Words names = parsed.names();
         if (names.empty()) {
             continue;

@@ -2,6 +2,8 @@
 // and bytes stay what they were, and every archiver reads the result.
 #include "tests/command/real_input_case.h"
 
+#include <sstream>
+
 namespace commandtest {
 namespace {
 
@@ -53,7 +55,7 @@ TEST_F(RealInputRewriting, NewSymbolTableLeavesTheMembersAlone) {
     ASSERT_FALSE(libraries.empty());
     for (const std::string& library : libraries) {
         SCOPED_TRACE(library);
-        const std::string bytes = readFile(library);
+        const std::string bytes = wholeFile(library);
         const ParsedArchive before = parsed(bytes);
         folder.write("lib.a", bytes);
         rewrites({"-s", "lib.a"});
@@ -68,7 +70,7 @@ TEST_F(RealInputRewriting, NewSymbolTableLeavesTheMembersAlone) {
 TEST_F(RealInputRewriting, DroppingTheSymbolTableLeavesTheMembersAlone) {
     for (const std::string& library : someHostLibraries(rewritten)) {
         SCOPED_TRACE(library);
-        const std::string bytes = readFile(library);
+        const std::string bytes = wholeFile(library);
         const ParsedArchive before = parsed(bytes);
         folder.write("lib.a", bytes);
         rewrites({"-sn", "lib.a"});
@@ -81,7 +83,7 @@ TEST_F(RealInputRewriting, DroppingTheSymbolTableLeavesTheMembersAlone) {
 
 TEST_F(RealInputRewriting, WritingTwiceChangesNothingMore) {
     for (const std::string& library : someHostLibraries(rewritten)) {
-        folder.write("lib.a", readFile(library));
+        folder.write("lib.a", wholeFile(library));
         rewrites({"-s", "lib.a"});
         const std::string once = folder.read("lib.a");
         rewrites({"-s", "lib.a"});
@@ -92,7 +94,7 @@ TEST_F(RealInputRewriting, WritingTwiceChangesNothingMore) {
 TEST_F(RealInputRewriting, MembersOfALibraryMakeTheSameLibrary) {
     for (const std::string& library : someHostLibraries(rewritten)) {
         SCOPED_TRACE(library);
-        const ParsedArchive before = parsed(readFile(library));
+        const ParsedArchive before = parsed(wholeFile(library));
         folder.makeFolder("members");
         Words words = {"-rc", "lib.a"};
         // Each name once, without the file of another case, in the library's order.
@@ -122,7 +124,7 @@ TEST_F(RealInputRewriting, MembersOfALibraryMakeTheSameLibrary) {
 TEST_F(RealInputRewriting, MergedLibraryKeepsTheFields) {
     for (const std::string& library : someHostLibraries(rewritten)) {
         SCOPED_TRACE(library);
-        const ParsedArchive before = parsed(readFile(library));
+        const ParsedArchive before = parsed(wholeFile(library));
         if (before.names().empty()) {
             continue;
         }

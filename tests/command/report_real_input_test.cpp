@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <map>
 #include <set>
+#include <sstream>
 
 #include "tests/command/report_case.h"
 #include "tests/support/retarget.h"
@@ -274,7 +275,7 @@ TEST_F(ReportRealInput, SizesOfHostLibrariesAreWhatReadelfLists) {
     size_t objects = 0;
     for (const std::string& library : someHostLibraries(testsupport::sanitizedBuild ? 12 : 60)) {
         SCOPED_TRACE(library);
-        std::string bytes = readFile(library);
+        std::string bytes = wholeFile(library);
         if (testsupport::retargetArchive(bytes) == 0) {
             continue; // of another object format, or of none
         }
@@ -295,7 +296,7 @@ TEST_F(ReportRealInput, SizesOfProgramsAndSharedLibrariesAreWhatReadelfLists) {
     const Words images = someImages(testsupport::sanitizedBuild ? 20 : 120);
     ASSERT_FALSE(images.empty());
     for (const std::string& path : images) {
-        std::string bytes = readFile(path);
+        std::string bytes = wholeFile(path);
         ASSERT_TRUE(testsupport::retargetElf(bytes)) << path;
         // Names of their own: the same file name stands in several folders.
         words.push_back("image" + std::to_string(words.size()));
@@ -414,7 +415,7 @@ TEST_F(ReportRealInput, SymbolsAreWhatNmLists) {
     size_t symbols = 0;
     for (const std::string& library : someHostLibraries(testsupport::sanitizedBuild ? 12 : 60)) {
         SCOPED_TRACE(library);
-        folder.write("lib.a", readFile(library));
+        folder.write("lib.a", wholeFile(library));
         const ParsedArchive parsed =
             testsupport::parseArchive(folder.read("lib.a"), ArchiveRules::AnyTool);
         if (!parsed.ok() || parsed.table("/") == nullptr) {

@@ -10,6 +10,7 @@
 #include "tests/support/command_runner.h"
 #include "tests/support/host_libraries.h"
 #include "tests/support/retarget.h"
+#include "tests/support/whole_file.h"
 
 namespace elfext::test {
 namespace {
@@ -22,11 +23,6 @@ using testsupport::HeaderField;
 constexpr size_t everyOnly = testsupport::sanitizedBuild ? 40 : 1;
 
 constexpr size_t shardCount = 8;
-
-std::string contentsOfFile(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
 
 // The libraries, so dealt out that each shard has about as many bytes as the others.
 std::vector<std::string> librariesOfShard(size_t shard) {
@@ -54,7 +50,7 @@ TEST_P(WriterHostTest, EveryObjectOfTheStaticLibrariesComesBack) {
     size_t objects = 0;
     size_t seen = 0;
     for (const std::string& library : librariesOfShard(GetParam())) {
-        std::string bytes = contentsOfFile(library);
+        std::string bytes = testsupport::wholeFile(library);
         testsupport::forEachMember(
             bytes, [&](std::string& archive, uint64_t offset, uint64_t size) {
                 std::string member = archive.substr(offset, size);
@@ -104,7 +100,7 @@ TEST_F(WriterHostImageTest, ProgramsAndSharedLibrariesComeBack) {
     const size_t step = std::max<size_t>(1, images.size() / (everyOnly == 1 ? 400 : 40));
     size_t count = 0;
     for (size_t i = 0; i < images.size(); i += step) {
-        std::string bytes = contentsOfFile(images[i]);
+        std::string bytes = testsupport::wholeFile(images[i]);
         if (!testsupport::retargetElf(bytes)) {
             continue;
         }

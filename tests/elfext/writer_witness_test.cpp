@@ -3,10 +3,10 @@
 #include "tests/elfext/round_trip_fixtures.h"
 #include "tests/support/host_libraries.h"
 #include "tests/support/retarget.h"
+#include "tests/support/whole_file.h"
 #include "tests/support/witness_presence.h"
 
 #include <filesystem>
-#include <fstream>
 
 namespace elfext::test {
 namespace {
@@ -168,8 +168,7 @@ TEST_F(WriterWitnessTest, ReadelfFindsNoFault) {
         if (std::filesystem::file_size(library) > 1U << 20U) {
             continue;
         }
-        std::ifstream file(library, std::ios::binary);
-        std::string bytes((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+        std::string bytes = testsupport::wholeFile(library);
         testsupport::forEachMember(
             bytes, [&](std::string& archive, uint64_t offset, uint64_t size) {
                 std::string member = archive.substr(offset, size);
