@@ -50,8 +50,8 @@ protected:
         ASSERT_EQ(result.status, 0) << line << "\n" << result.output << result.error;
     }
     static std::string configureLine(const std::string& project) {
-        return std::string(TOMEX_CMAKE) + " -S " + project + " -B " + project +
-               "/build -DCMAKE_PREFIX_PATH=" + folder->pathOf(place) +
+        return std::string(TOMEX_CMAKE) + " -G '" + TOMEX_GENERATOR + "' -S " + project + " -B " +
+               project + "/build -DCMAKE_PREFIX_PATH=" + folder->pathOf(place) +
                " -DCMAKE_CXX_COMPILER=" + TOMEX_COMPILER + " -DCMAKE_CXX_FLAGS='" +
                TOMEX_COMPILER_FLAGS + "'";
     }
