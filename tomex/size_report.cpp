@@ -145,8 +145,9 @@ void reportRow(const elfext::SizeStatistics& statistics, const char* memberName,
     totals.sums += columns;
 }
 
-// Members that are no ELF files, or cannot be read, are passed over without a word. `known` are
-// the sizes of one that need not be read, or null.
+// Members that are no ELF files, or none that can be read, are passed over without a word. One
+// whose bytes the host does not deliver would make the sums wrong, and is told of. `known` are the
+// sizes of one that need not be read, or null.
 void reportMemberSizes(arlib::ArchiveMember& member, const elfext::SizeStatistics* known,
                        SizesTotals& totals) {
     if (known != nullptr) {
@@ -157,7 +158,8 @@ void reportMemberSizes(arlib::ArchiveMember& member, const elfext::SizeStatistic
         return;
     }
     elfext::ObjectModule module;
-    if (!member.readObjectModule(module, member.getArchive()->getElfErrorHandler())) {
+    if (!member.readObjectModule(module, member.getArchive()->getElfErrorHandler(),
+                                 arlib::ArchiveMember::HostFailures::ToArchive)) {
         return;
     }
     if ((totals.flags & ReportFlag_Entries) != 0) {

@@ -145,10 +145,15 @@ public:
         return m_ContentsLocation ? &*m_ContentsLocation : nullptr;
     }
 
+    // Who is told if the host cannot deliver the contents, or memory for them.
+    enum class HostFailures { ToModule, ToArchive };
+
     // Makes a module of the contents, with this handler for what is wrong with them, or null. The
     // member must have a location; the module is named after it. Its bytes are shared with the
     // archive: the module is good until the next member is read so, or this one's contents change.
-    bool readObjectModule(elfext::ObjectModule& module, elfext::ErrorHandler* handler);
+    // Failures of the host go to the same handler, or to the archive's.
+    bool readObjectModule(elfext::ObjectModule& module, elfext::ErrorHandler* handler,
+                          HostFailures hostFailures = HostFailures::ToModule);
 
     // Replaces the contents with a copy of size bytes.
     bool setContents(const void* bytes, uint32_t size);
@@ -181,6 +186,7 @@ private:
     bool readThroughWindow(ContentsReader& reader, uint8_t* destination) const;
     const uint8_t* keptBytes() const;
     bool readFailed(int error) const;
+    bool memoryFailed() const;
     bool closeSource() const;
     bool loadContents(MemberContents& contents);
     void takeRegion(ContentsRegion region);

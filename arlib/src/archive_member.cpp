@@ -170,6 +170,13 @@ const uint8_t* ArchiveMember::keptBytes() const {
                                        : nullptr;
 }
 
+bool ArchiveMember::memoryFailed() const {
+    if (m_Archive->m_ErrorHandler != nullptr) {
+        m_Archive->m_ErrorHandler->outOfMemory(m_Archive);
+    }
+    return false;
+}
+
 bool ArchiveMember::readFailed(int error) const {
     if (m_Archive->m_ErrorHandler != nullptr) {
         m_Archive->m_ErrorHandler->readError(m_Archive, m_ContentsLocation->getFileName(), error);
@@ -193,10 +200,7 @@ bool ArchiveMember::closeSource() const {
 
 bool ArchiveMember::loadContents(MemberContents& contents) {
     if (!contents.resize(m_Size)) {
-        if (m_Archive->m_ErrorHandler != nullptr) {
-            m_Archive->m_ErrorHandler->outOfMemory(m_Archive);
-        }
-        return false;
+        return memoryFailed();
     }
     if (const uint8_t* kept = keptBytes(); kept != nullptr) {
         std::copy_n(kept, m_Size, contents.bytes());
@@ -240,7 +244,8 @@ const uint8_t* ArchiveMember::viewContents(MemberContents& buffer) {
     return isRead ? buffer.bytes() : nullptr;
 }
 
-bool ArchiveMember::readObjectModule(elfext::ObjectModule& module, elfext::ErrorHandler* handler) {
+bool ArchiveMember::readObjectModule(elfext::ObjectModule& module, elfext::ErrorHandler* handler,
+                                     HostFailures hostFailures) {
     TOMEX_CHECK_TEXT(m_ContentsLocation.has_value(), "location != NULL");
     const char* fileName = m_ContentsLocation->getFileName();
     module.setErrorHandler(handler);
@@ -251,6 +256,9 @@ bool ArchiveMember::readObjectModule(elfext::ObjectModule& module, elfext::Error
     const uint8_t* bytes = m_Size == 0 ? &noBytes : viewContents(m_Archive->m_ReadBuffer);
     if (bytes == nullptr) {
         const int error = errno;
+        if (hostFailures == HostFailures::ToArchive) {
+            return error == ENOMEM ? memoryFailed() : readFailed(error);
+        }
         if (handler != nullptr && error == ENOMEM) {
             handler->outOfMemory(&module);
         } else if (handler != nullptr) {
@@ -380,10 +388,7 @@ bool ArchiveMember::setContents(const void* bytes, uint32_t size) {
     requireWritable();
     auto contents = std::make_unique<MemberContents>();
     if (!contents->resize(size)) {
-        if (m_Archive->m_ErrorHandler != nullptr) {
-            m_Archive->m_ErrorHandler->outOfMemory(m_Archive);
-        }
-        return false;
+        return memoryFailed();
     }
     if (size != 0) {
         std::memcpy(contents->bytes(), bytes, size);

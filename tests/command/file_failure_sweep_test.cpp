@@ -2,6 +2,8 @@
 // old archive or the whole new one, the status tells which, an error is said exactly if the status
 // says so, and nothing else is left behind.
 #include "tests/command/fault_case.h"
+#include "tests/support/elf_builder.h"
+#include "tests/support/rich_elf.h"
 
 #include <algorithm>
 #include <functional>
@@ -152,6 +154,33 @@ TEST_F(FileFailureSweep, ReadingRunsTouchNothing) {
                 EXPECT_TRUE(result.status == 1 || result.output == whole) << result;
             }
             expectOldScene();
+        }
+    }
+}
+
+// Of members that are measured while the archive is read, and of those that are read for it.
+TEST_F(FileFailureSweep, SizesAreThoseOfAllMembersOrAnErrorIsTold) {
+    using testsupport::elf::ET_DYN;
+    const testsupport::ElfFormat format = testsupport::allElfFormats[0];
+    testsupport::ElfBuilder image(format, ET_DYN);
+    const auto text =
+        static_cast<uint32_t>(image.add({.name = ".text", .contents = large('c'), .mapped = true}));
+    image.addSegment({.firstSection = text, .lastSection = text});
+    ArchiveBuilder builder;
+    builder.add({.name = "object.o", .contents = testsupport::richElf(format).bytes()})
+        .add({.name = "small", .contents = testsupport::richElf(format, ET_DYN).bytes()})
+        .add({.name = "large", .contents = image.bytes()});
+    const Words words = {"--sizes", "sizes.a"};
+    folder.write("sizes.a", builder.bytes());
+    const std::string whole = tomex(words).output;
+    for (const LoggedCall& call : callsOf(words)) {
+        SCOPED_TRACE(call.call + " of " + call.path);
+        folder.write("sizes.a", builder.bytes());
+        const CommandResult result = with({atCall(call) + ":errno=EIO"}, words);
+        ASSERT_TRUE(result.exitedWith(0) || result.exitedWith(1)) << result;
+        if (!isOutput(call)) {
+            EXPECT_EQ(result.status == 1, reportsError(result)) << result;
+            EXPECT_TRUE(result.status == 1 || result.output == whole) << result;
         }
     }
 }

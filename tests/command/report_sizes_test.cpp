@@ -398,6 +398,25 @@ TEST_F(SizesReport, EntryPointsWithNamesThatTakeMoreThanTheFile) {
     EXPECT_TRUE(ended(testsupport::run(command), 0, "", ""));
 }
 
+// Sums without it would be wrong.
+TEST_F(SizesReport, AMemberThatMemoryDoesNotHoldEndsTheReport) {
+    const std::string image = ElfBuilder({}, ET_EXEC).bytes();
+    constexpr uint64_t size = uint64_t{256} << 20;
+    const std::string head = std::string(testsupport::archiveMagic) +
+                             testsupport::headerText("image/", 0, 0, 0, 0644, size) + image;
+    folder.writeSparse("lib.a", head.size() - image.size() + size, head);
+    Command command = testsupport::tomex(folder, {"--sizes", "lib.a"});
+    if (testsupport::sanitizedBuild) { // takes terabytes of addresses, so there is enough memory
+        EXPECT_TRUE(testsupport::run(command).exitedWith(0));
+        return;
+    }
+    command.memoryLimit = size / 2;
+    const CommandResult result = testsupport::run(command);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.error, "Fatal error: L6800U: Out of memory\n");
+    EXPECT_EQ(result.output.find("TOTAL"), std::string::npos);
+}
+
 // They are kept until the table is printed, from however many members.
 TEST_F(SizesReport, ManyEntryPoints) {
     std::string lines;
