@@ -48,8 +48,7 @@ bool MemberSizes::isSourceAsItWas() const {
 // The file of the first member is that of all.
 bool MemberSizes::openSource(const ArchiveMember& member) {
     m_Source = member.getLocation()->getSource();
-    return m_Source->isArchive && m_Source->status.isRegular &&
-           m_File.open(m_Source->name.c_str()) && isSourceAsItWas();
+    return m_Source->status.isRegular && m_File.open(m_Source->name.c_str()) && isSourceAsItWas();
 }
 
 void MemberSizes::memberRead(const ArchiveMember& member) {
@@ -160,7 +159,9 @@ void MemberSizes::finishWork() {
     m_Change.notify_all();
     work();
     stop();
-    if (m_IsGivenUp || m_Source == nullptr || !isSourceAsItWas()) {
+    const bool isSound = !m_IsGivenUp && m_Source != nullptr && isSourceAsItWas();
+    m_File.close(); // the archive may be written next
+    if (!isSound) {
         giveUp();
         return;
     }

@@ -87,9 +87,17 @@ bool installHandler() {
     return sigaction(SIGBUS, &action, &actionBefore) == 0;
 }
 
+// To this thread.
+bool letThrough() {
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGBUS);
+    return pthread_sigmask(SIG_UNBLOCK, &signals, nullptr) == 0;
+}
+
 Guard* takeGuard() {
     static const bool isInstalled = installHandler();
-    if (!isInstalled) {
+    if (!isInstalled || !letThrough()) {
         return nullptr;
     }
     const auto free = std::find_if(guards.begin(), guards.end(),

@@ -1,6 +1,7 @@
 // Looking at files where the host keeps them.
 #include "platform/interface/mapped_stretch.h"
 
+#include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <memory>
@@ -75,7 +76,10 @@ TEST_F(MappedStretchTest, BytesThatWereCutOffReadAsZeros) {
     cutTo(2 * m_PageSize);
     EXPECT_EQ(textOf(stretch, 0, 100), m_Bytes.substr(10, 100));
     EXPECT_FALSE(stretch.hasLostBytes());
-    EXPECT_EQ(textOf(stretch, 3 * m_PageSize, 100), std::string(100, '\0'));
+    errno = EDOM;
+    const std::string zeros = textOf(stretch, 3 * m_PageSize, 100);
+    EXPECT_EQ(errno, EDOM) << "the program does not know that it was interrupted";
+    EXPECT_EQ(zeros, std::string(100, '\0'));
     EXPECT_TRUE(stretch.hasLostBytes());
     // All that was in front is there as before, and what is behind reads as zeros, too.
     EXPECT_EQ(textOf(stretch, 0, 100), m_Bytes.substr(10, 100));
@@ -122,6 +126,21 @@ TEST_F(MappedStretchTest, ThreadsLoseTheirOwnBytes) {
         thread.join();
     }
     EXPECT_EQ(results, std::vector<int>(threadCount, 1));
+}
+
+// Threads and processes begin with what their makers hold back.
+TEST_F(MappedStretchTest, AThreadThatHeldTheSignalBack) {
+    sigset_t signals;
+    sigset_t before;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGBUS);
+    ASSERT_EQ(pthread_sigmask(SIG_BLOCK, &signals, &before), 0);
+    MappedStretch stretch;
+    ASSERT_TRUE(stretch.map(m_File, 0, 2 * m_PageSize));
+    cutTo(m_PageSize);
+    EXPECT_EQ(textOf(stretch, m_PageSize, 10), std::string(10, '\0'));
+    EXPECT_TRUE(stretch.hasLostBytes());
+    ASSERT_EQ(pthread_sigmask(SIG_SETMASK, &before, nullptr), 0);
 }
 
 TEST_F(MappedStretchTest, MoreStretchesThanThereMayBe) {
