@@ -6,9 +6,9 @@
 // read as zeros instead, and the stretch says afterwards that it has lost some.
 //
 // For that the first mapping of a process puts a handler for SIGBUS in place, which stays, and the
-// first of a stretch lets that signal through to its thread, which may have begun with it held back.
-// The handler hands on what is none of its own to the one that was there before. Who puts another
-// one in its place later, or holds the signal back again, does without the zeros.
+// first of a stretch lets that signal through to its thread, which may have begun with it held
+// back. The handler hands on what is none of its own to the one that was there before. Who puts
+// another one in its place later, or holds the signal back again, does without the zeros.
 #pragma once
 
 #include <cstddef>
