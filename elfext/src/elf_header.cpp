@@ -24,6 +24,11 @@ void ELFHeader::setFileOffset([[maybe_unused]] uint64_t offset) {
 void ELFHeader::setAlignment(uint64_t /*alignment*/) {
 }
 
+void ELFHeader::reset() {
+    m_SettledFileSize = 0;
+    forgetLinks();
+}
+
 DataStructure* ELFHeader::createDataStructure(alloclib::Region* region, uint64_t offset) {
     void* const memory = alloclib::allocate(*region, sizeof(ElfHeaderDataStructure), 8);
     return new (memory) ElfHeaderDataStructure(this, offset);

@@ -16,9 +16,9 @@ namespace elfext {
 namespace {
 
 // Room that is left in front of blocks so that they come to lie where their addresses want them, in
-// bytes of the whole file. A block costs less than a page. The first number is good for eight of
-// the largest pages that linkers align segments to (2 MiB); files of more segments than that have
-// contents to show for it.
+// bytes of the whole file, beside what the file had. A block costs less than a page. The first
+// number is good for eight of the largest pages that linkers align segments to unasked (2 MiB);
+// files of more segments than that have contents to show for it.
 constexpr uint64_t freePadding = uint64_t{16} << 20;
 constexpr uint64_t paddingPerByte = 16;
 
@@ -114,12 +114,11 @@ private:
         if (number == m_Parts.elfHeader()) {
             block.hasHeader = true;
         }
-        if (m_Parts.isSegment(number) && block.segment == noSegment) {
-            block.segment = number;
-            uint64_t place = 0;
-            uint64_t size = 0;
-            block.isPlaceKnown = part.region->getFileRange(&place, &size);
-            block.knownStart = place - distance;
+        if (m_Parts.isSegment(number)) {
+            if (block.segment == noSegment) {
+                block.segment = number;
+            }
+            takePlace(block, part, distance);
         }
         if (part.size != 0) {
             const auto first = static_cast<int64_t>(distance);
@@ -127,6 +126,16 @@ private:
             block.first = block.hasBytes ? std::min(block.first, first) : first;
             block.end = block.hasBytes ? std::max(block.end, end) : end;
             block.hasBytes = true;
+        }
+    }
+
+    // The first segment that has been in a file tells where its block was; others may be new.
+    static void takePlace(Block& block, const LayoutPart& part, uint64_t distance) {
+        uint64_t place = 0;
+        uint64_t size = 0;
+        if (!block.isPlaceKnown && part.region->getFileRange(&place, &size)) {
+            block.isPlaceKnown = true;
+            block.knownStart = place - distance;
         }
     }
 
@@ -241,12 +250,8 @@ private:
         const bool stays = block.isPlaceKnown && block.constraint.admits(block.knownStart) &&
                            knownFirst >= room && knownFirst < m_Limit;
         block.start = stays ? block.knownStart : block.constraint.next(room - first);
-        if (block.start + first < room || block.start + first > m_Limit) {
-            return m_Parts.reportTooLarge();
-        }
-        m_Padding += block.hasBytes && !stays ? block.start + first - m_End : 0;
-        const uint64_t excess = m_Padding > freePadding ? m_Padding - freePadding : 0;
-        return excess / paddingPerByte <= m_Parts.contentsSize() || m_Parts.reportTooLarge();
+        return (block.start + first >= room && block.start + first <= m_Limit) ||
+               m_Parts.reportTooLarge();
     }
 
     // What no segment holds.
@@ -285,10 +290,11 @@ private:
         return reportIfNew(section) && placeBehind(number);
     }
 
-    // A section that is to be loaded, and that no file has had outside of all segments before.
+    // A section that is to be in memory, also one of zeros that no file has bytes of, and that no
+    // file has had outside of all segments before.
     bool reportIfNew(const Section& section) const {
-        const bool isLoaded = (section.getFlags() & SHF_ALLOC) != 0 &&
-                              section.getContentsSize() != 0 && m_Parts.segmentCount() != 0;
+        const bool isLoaded = (section.getFlags() & SHF_ALLOC) != 0 && section.getSize() != 0 &&
+                              m_Parts.segmentCount() != 0;
         return !isLoaded || section.isFileOffsetKnown() ||
                askHandler(m_Module, &ErrorHandler::loadableSectionOutsideSegment,
                           section.getIndex());
@@ -308,9 +314,11 @@ private:
 
     // --- The outcome
 
-    // A segment may claim any number of bytes that nothing in it has.
+    // A segment may claim any number of bytes that nothing in it has, and its address may want a
+    // place far away. What the file had of both may stay.
     bool checkSize() const {
-        const uint64_t excess = m_End > freePadding ? m_End - freePadding : 0;
+        const uint64_t free = m_Module.getElfHeader().getSettledFileSize() + freePadding;
+        const uint64_t excess = m_End > free ? m_End - free : 0;
         return excess / (paddingPerByte + 1) <= m_Parts.contentsSize() || m_Parts.reportTooLarge();
     }
 
@@ -319,6 +327,7 @@ private:
             m_Parts[i].region->setFileOffset(m_Parts[i].place);
             m_Parts[i].region->settleSize();
         }
+        m_Module.getElfHeader().settleFileSize(m_End);
         m_Module.setSectionHeaderOffset(m_Parts[m_Parts.sectionTable()].place);
         m_Module.setSectionHeaderSize(m_Sizes.sectionHeader);
         m_Module.setSectionHeaderCount(m_Module.getSectionCount() < SHN_LORESERVE
@@ -335,8 +344,7 @@ private:
     const uint64_t m_Limit;
     std::vector<bool> m_IsInBlock;
     std::vector<Block> m_Blocks;
-    uint64_t m_End = 0;     // of what has been placed
-    uint64_t m_Padding = 0; // in front of blocks that have been moved
+    uint64_t m_End = 0; // of what has been placed
 };
 
 } // namespace

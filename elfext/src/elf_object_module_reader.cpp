@@ -39,7 +39,7 @@ bool runPasses(ReadState& state) {
 }
 
 // Layout wants to know later on what has changed its size.
-void settleSizes(ObjectModule& objectModule) {
+void settleSizes(ObjectModule& objectModule, uint64_t fileSize) {
     for (Section* const section : objectModule.getSections()) {
         section->settleSize();
     }
@@ -48,6 +48,7 @@ void settleSizes(ObjectModule& objectModule) {
     }
     objectModule.getProgramHeaderTable().settleSize();
     objectModule.getSectionHeaderTable().settleSize();
+    objectModule.getElfHeader().settleFileSize(fileSize);
 }
 
 // Reads from what the low-level layer has open. `isFileKept` tells whether the module has taken
@@ -64,7 +65,7 @@ bool readCore(const InputStream& stream, uint64_t size, ObjectModule& objectModu
     }
     region->Destroy(true);
     if (isGood) {
-        settleSizes(objectModule);
+        settleSizes(objectModule, size);
     } else {
         objectModule.clear();
         objectModule.releaseImages();

@@ -143,18 +143,16 @@ bool LayoutParts::relateHeader(uint32_t segment) {
     return !isAtStart || join(segment, m_ElfHeader, 0);
 }
 
-// True if the part was as long in a file and lay there as it does now.
+// True if the part lay so in a file, and reaches no farther beyond the segment than it did there.
 bool LayoutParts::stoodSo(uint32_t segment, uint32_t part, uint64_t offset) const {
+    const LayoutPart& outer = m_Parts[segment];
+    const LayoutPart& inner = m_Parts[part];
     uint64_t places[2] = {};
-    for (const uint32_t number : {segment, part}) {
-        const FileRegion& region = *m_Parts[number].region;
-        uint64_t size = 0;
-        if (!region.getFileRange(&places[number == part], &size) ||
-            region.getSettledSize() != m_Parts[number].size) {
-            return false;
-        }
-    }
-    return places[1] - places[0] == offset;
+    uint64_t size = 0;
+    return outer.region->getFileRange(&places[0], &size) &&
+           inner.region->getFileRange(&places[1], &size) && places[1] - places[0] == offset &&
+           outer.region->getSettledSize() != 0 && outer.size >= outer.region->getSettledSize() &&
+           inner.size <= inner.region->getSettledSize();
 }
 
 // A loader sees the bytes of the segments that it maps. What is loaded and has outgrown such a

@@ -210,7 +210,7 @@ void ObjectModule::forgetFile() {
     m_DebugOverlayRecords.clear();
     forgetGroupNames();
     m_RemovedMemory.clear();
-    m_ElfHeader.forgetLinks();
+    m_ElfHeader.reset();
     m_SectionHeaderTable.reset();
     m_ProgramHeaderTable.reset();
     dropBuildAttributes();

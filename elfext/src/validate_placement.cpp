@@ -265,16 +265,15 @@ bool checkMappedHeaders(ObjectModule& objectModule, alloclib::Region* /*region*/
 namespace {
 
 // Whether the bytes of a section are those that the segment around it has in memory. A section that
-// has no place yet gets one there only if a part of the file holds it.
+// has no place yet gets one there only if a part of the file holds it. The place of zeros says
+// nothing, as the file does not have them.
 bool isLoadedWith(Section& section, const Segment& segment) {
-    if (section.getContentsSize() == 0) {
-        return true;
-    }
-    if (!section.isFileOffsetKnown()) {
+    if (section.getSize() != 0 && !section.isFileOffsetKnown()) {
         return section.getContainerCount() != 0;
     }
-    return !segment.isFileOffsetKnown() || section.getFileOffset() - segment.getFileOffset() ==
-                                               section.getAddress() - segment.getVirtualAddress();
+    return section.getContentsSize() == 0 || !segment.isFileOffsetKnown() ||
+           section.getFileOffset() - segment.getFileOffset() ==
+               section.getAddress() - segment.getVirtualAddress();
 }
 
 } // namespace

@@ -1,59 +1,8 @@
 // Where the parts of a file come to lie.
-#include "elfext/interface/elf_layout.h"
-
-#include "elfext/interface/raw_data_block.h"
-#include "tests/elfext/model_fixtures.h"
-#include "tests/elfext/reader_fixtures.h"
+#include "tests/elfext/layout_fixtures.h"
 
 namespace elfext::test {
 namespace {
-
-class LayoutTest : public ModelTest {
-protected:
-    void SetUp() override {
-        ModelTest::SetUp();
-        module().setErrorHandler(&m_Handler);
-        module().setType(ET_EXEC);
-    }
-
-    Section* sized(uint64_t size, uint32_t type = SHT_PROGBITS, uint64_t alignment = 1) {
-        Section* const section = module().createSection(".part", type, SHF_ALLOC);
-        section->setSize(size);
-        section->setAlignment(alignment);
-        return section;
-    }
-    Segment* segmentOf(uint64_t address, uint64_t size, uint64_t alignment) {
-        return module().createSegment({.m_Type = PT_LOAD,
-                                       .m_VirtualAddress = address,
-                                       .m_PhysicalAddress = 0,
-                                       .m_MemorySize = size,
-                                       .m_FileSize = size,
-                                       .m_Flags = PF_R,
-                                       .m_Alignment = alignment});
-    }
-    bool layOut() { return layOutElfFile(&module()); }
-    Names sentences() const {
-        Names texts;
-        for (const Report& report : m_Handler.m_Reports) {
-            EXPECT_EQ(report.severity, uint32_t{Severity_Error});
-            texts.push_back(report.message);
-        }
-        return texts;
-    }
-    // Both answers to the only clash that there is.
-    void expectClash(const std::string& parts) {
-        const std::string text = parts + " have alignment constraints which cannot both be "
-                                         "satisfied given their relative offset";
-        EXPECT_FALSE(layOut());
-        EXPECT_EQ(sentences(), Names{text});
-        m_Handler.m_GoesOn = true;
-        EXPECT_TRUE(layOut());
-        EXPECT_EQ(sentences(), (Names{text, text}));
-    }
-
-    static constexpr uint64_t header = 52;
-    RecordingHandler m_Handler;
-};
 
 TEST_F(LayoutTest, SectionsFollowTheHeaderInOrder) {
     module().createNullSection(0);
@@ -219,6 +168,65 @@ TEST_F(LayoutTest, ANewBlockComesBehindThoseThatHaveAPlace) {
     }
 }
 
+// What counts is where a block's first bytes lie, not where its first segment is said to start.
+TEST_F(LayoutTest, BlocksThatCanStayDoNotPushEachOther) {
+    Segment* const early = segmentOf(0x3000, 0, 0x1000);
+    early->setFileOffset(0x3000);
+    Section* const section = sized(0x10);
+    section->setFlags(0); // so it may be longer than the segment
+    early->addContained(section, 0x2000);
+    Segment* const between = segmentOf(0x4000, 0x10, 0x1000);
+    between->setFileOffset(0x4000);
+    ASSERT_TRUE(layOut());
+    EXPECT_EQ(early->getFileOffset(), 0x3000U);
+    EXPECT_EQ(section->getFileOffset(), 0x5000U);
+    EXPECT_EQ(between->getFileOffset(), 0x4000U);
+}
+
+// Wherever the new one starts, and whatever its number is.
+TEST_F(LayoutTest, ANewSegmentDoesNotMoveWhatItIsPutOver) {
+    struct Row {
+        uint32_t number;
+        uint64_t inKnown; // where the section lies
+        uint64_t inAdded;
+    };
+    for (const Row row : {Row{0, 0, 0}, Row{0, 8, 0}, Row{0, 0, 8}, Row{1, 8, 0}, Row{1, 0, 8}}) {
+        module().clear();
+        module().setType(ET_EXEC);
+        Segment* const known = segmentOf(0x5000, 0x20, 0x1000);
+        known->setFileOffset(0x3000);
+        Section* const section = sized(0x10);
+        known->addContained(section, row.inKnown);
+        Segment* const added = segmentOf(0x5000 + row.inKnown - row.inAdded, 0x20, 1);
+        added->addContained(section, row.inAdded);
+        module().setSegmentIndex(added, row.number);
+        ASSERT_TRUE(layOut());
+        EXPECT_EQ(known->getFileOffset(), 0x3000U);
+        EXPECT_EQ(section->getFileOffset(), 0x3000 + row.inKnown);
+        EXPECT_EQ(added->getFileOffset(), 0x3000 + row.inKnown - row.inAdded);
+    }
+}
+
+// Of two that say different things, the first one counts.
+TEST_F(LayoutTest, ASegmentTellsWhereTheOthersOfItsBlockLie) {
+    Segment* const one = segmentOf(0x5000, 0x10, 0x1000);
+    Segment* const two = segmentOf(0x5000, 0x10, 0x1000);
+    Section* const shared = sized(0x10);
+    one->addContained(shared, 0);
+    two->addContained(shared, 0);
+    one->setFileOffset(0x3000);
+    two->setFileOffset(0x7000);
+    ASSERT_TRUE(layOut());
+    for (const FileRegion* const part :
+         {static_cast<FileRegion*>(one), static_cast<FileRegion*>(two),
+          static_cast<FileRegion*>(shared)}) {
+        uint64_t offset = 0;
+        uint64_t size = 0;
+        EXPECT_TRUE(part->getFileRange(&offset, &size));
+        EXPECT_EQ(offset, 0x3000U);
+    }
+}
+
 TEST_F(LayoutTest, SectionsWithoutBytesStayInAFileWithSegments) {
     sized(0x10);
     Section* const bss = sized(0x100, SHT_NOBITS);
@@ -241,6 +249,45 @@ TEST_F(LayoutTest, AnAlignmentThatIsNoPowerOfTwoBindsAsFarAsItGoes) {
                                                            .m_Alignment = 24});
     ASSERT_TRUE(layOut());
     EXPECT_EQ(segment->getFileOffset() % 8, 4U);
+}
+
+// --- Sections that no segment holds
+
+TEST_F(LayoutTest, NewZerosThatAreLoadedNeedASegment) {
+    const Reports outside = {
+        {Severity_Warning, "Loadable section #1 is not contained in a loadable segment"}};
+    module().createNullSection(0);
+    Segment* const segment = segmentOf(0x1000, 0x10, 1);
+    Section* const zeros = sized(0x100, SHT_NOBITS);
+    EXPECT_FALSE(layOut());
+    EXPECT_EQ(m_Handler.m_Reports, outside);
+    segment->addContained(zeros, 0x10);
+    EXPECT_TRUE(layOut());
+    EXPECT_EQ(zeros->getFileOffset(), segment->getFileOffset() + 0x10);
+    EXPECT_EQ(m_Handler.m_Reports, outside);
+}
+
+TEST_F(LayoutTest, ZerosOfAFileAreLeftWhereTheyAre) {
+    segmentOf(0x1000, 0x10, 1);
+    sized(0x100, SHT_NOBITS)->setFileOffset(0x2000);
+    EXPECT_TRUE(layOut());
+    EXPECT_EQ(m_Handler.m_Reports, Reports());
+}
+
+TEST_F(LayoutTest, SectionsThatTakeNoMemoryNeedNoSegment) {
+    segmentOf(0x1000, 0x10, 1);
+    sized(0);
+    sized(0, SHT_NOBITS);
+    sized(0x100, SHT_NOBITS)->setFlags(SHF_WRITE);
+    EXPECT_TRUE(layOut());
+    EXPECT_EQ(m_Handler.m_Reports, Reports());
+}
+
+TEST_F(LayoutTest, WithoutSegmentsNothingIsOutside) {
+    sized(0x100);
+    sized(0x100, SHT_NOBITS);
+    EXPECT_TRUE(layOut());
+    EXPECT_EQ(m_Handler.m_Reports, Reports());
 }
 
 // --- Clashes
@@ -295,262 +342,7 @@ TEST_F(LayoutTest, AFailedLayoutChangesNothing) {
     EXPECT_EQ(section->getFileOffset(), 7U);
 }
 
-// --- Growth
-
-// A segment with two sections side by side, and what is free behind them.
-class LayoutGrowthTest : public LayoutTest {
-protected:
-    void SetUp() override {
-        LayoutTest::SetUp();
-        module().createNullSection(0);
-        m_Segment = segmentOf(0x1000, 0x100, 0x1000);
-        m_One = sized(0x20);
-        m_Two = sized(0x20);
-        m_Segment->addContained(m_One, 0x40);
-        m_Segment->addContained(m_Two, 0x60);
-        ASSERT_TRUE(layOut());
-        m_Place = m_Two->getFileOffset();
-        m_Handler.m_GoesOn = true; // nobody can let bytes be lost
-    }
-    // One report, and nothing has moved.
-    void expectNoRoom(const std::string& report, uint32_t severity = Severity_Error) {
-        EXPECT_FALSE(layOut());
-        EXPECT_EQ(m_Handler.m_Reports, (Reports{{severity, report}}));
-        EXPECT_EQ(m_Two->getFileOffset(), m_Place);
-        module().setErrorHandler(nullptr);
-        EXPECT_FALSE(layOut());
-    }
-    void expectRoom() {
-        EXPECT_TRUE(layOut());
-        EXPECT_EQ(m_Handler.m_Reports, Reports());
-        EXPECT_EQ(m_Two->getFileOffset(), m_Place);
-    }
-    RawDataBlock* addRawData(uint64_t offset, uint64_t size) {
-        RawDataBlock* const block = module().createRawDataBlock(size);
-        m_Segment->addContained(block, offset);
-        return block;
-    }
-    static std::string clashOf(const std::string& parts) {
-        return parts + " have alignment constraints which cannot both be satisfied given their "
-                       "relative offset";
-    }
-
-    Segment* m_Segment = nullptr;
-    Section* m_One = nullptr;
-    Section* m_Two = nullptr;
-    uint64_t m_Place = 0;
-};
-
-TEST_F(LayoutGrowthTest, TheNextSectionIsInTheWay) {
-    m_One->setSize(0x21);
-    expectNoRoom("Sections #1 and #2 overlap in the file", Severity_Warning);
-}
-
-TEST_F(LayoutGrowthTest, TheReportNamesTheSectionsInOrder) {
-    m_Segment->addContained(sized(4), 0x3D); // section 3, in front of section 1
-    expectNoRoom("Sections #1 and #3 overlap in the file", Severity_Warning);
-}
-
-TEST_F(LayoutGrowthTest, WhatShrinksLeavesRoom) {
-    m_One->setSize(4);
-    expectRoom();
-    m_One->setSize(0x20);
-    expectRoom();
-}
-
-TEST_F(LayoutGrowthTest, SectionsWithoutBytesAreInNobodysWay) {
-    m_Segment->addContained(sized(0x1000, SHT_NOBITS), 0x50);
-    m_Segment->addContained(sized(0), 0x50);
-    expectRoom();
-}
-
-TEST_F(LayoutGrowthTest, TheRestOfTheSegmentIsFree) {
-    m_Two->setSize(0xA0);
-    expectRoom();
-}
-
-TEST_F(LayoutGrowthTest, TheSegmentEnds) {
-    m_Two->setSize(0xA1);
-    expectNoRoom(clashOf("Segment #0 and section #2"));
-}
-
-TEST_F(LayoutGrowthTest, ASegmentThatGrowsWithItHasRoom) {
-    m_Two->setSize(0xA1);
-    m_Segment->setFileSize(0x101);
-    expectRoom();
-}
-
-TEST_F(LayoutGrowthTest, SectionsThatAreNotLoadedMayReachBeyondTheSegment) {
-    m_Two->setFlags(0);
-    m_Two->setSize(0xA1);
-    expectRoom();
-}
-
-TEST_F(LayoutGrowthTest, SegmentsThatAreNotMappedMayEndInASection) {
-    constexpr uint32_t readOnlyAfterStart = 0x6474E552;
-    Segment* const part = segmentOf(0x1060, 0x10, 1);
-    part->setType(readOnlyAfterStart);
-    m_Segment->addContained(part, 0x60);
-    part->addContained(m_Two, 0);
-    expectRoom();
-    // As nothing has grown, it does not matter what it is called.
-    part->setType(PT_DYNAMIC);
-    expectRoom();
-    m_Two->setSize(0x21);
-    expectNoRoom(clashOf("Segment #1 and section #2"));
-}
-
-TEST_F(LayoutGrowthTest, ANewSegmentHoldsAllOfWhatIsLoaded) {
-    Segment* const part = segmentOf(0x1060, 0x10, 1);
-    m_Segment->addContained(part, 0x60);
-    part->addContained(m_Two, 0);
-    expectNoRoom(clashOf("Segment #1 and section #2"));
-}
-
-TEST_F(LayoutGrowthTest, ASegmentDoesNotShrinkIntoASection) {
-    m_Segment->setFileSize(0x7F);
-    expectNoRoom(clashOf("Segment #0 and section #2"));
-}
-
-TEST_F(LayoutGrowthTest, WhatIsPutElsewhereHasToFitThere) {
-    Segment* const part = segmentOf(0x1060, 0x10, 1);
-    part->setType(PT_NULL);
-    m_Segment->addContained(part, 0x60);
-    expectRoom();
-    part->setType(PT_LOAD);
-    part->addContained(m_Two, 0x8);
-    expectNoRoom(clashOf("Segment #1 and section #2"));
-}
-
-TEST_F(LayoutGrowthTest, ZerosThatBelongToNothingAreFree) {
-    RawDataBlock* const block = addRawData(0x80, 0x40);
-    m_Two->setSize(0x60);
-    expectRoom();
-    m_Two->setSize(0x61); // reaches beyond the block
-    expectRoom();
-    const uint8_t byte = 1;
-    block->write(0x3F, &byte, 1);
-    m_Two->setSize(0x5F);
-    expectRoom();
-    m_Two->setSize(0x60);
-    expectNoRoom(clashOf("Segment #0 and section #2"));
-}
-
-TEST_F(LayoutGrowthTest, RawDataInFrontIsInNobodysWay) {
-    addRawData(0x3F, 1)->getContents().getData()[0] = 1;
-    expectRoom();
-}
-
-TEST_F(LayoutGrowthTest, RawDataWithinASectionAreLost) {
-    addRawData(0x44, 8)->getContents().getData()[7] = 1;
-    expectNoRoom(clashOf("Segment #0 and section #1"));
-}
-
-TEST_F(LayoutGrowthTest, TheProgramHeadersGrowIntoASection) {
-    m_Segment->addContained(&module().getProgramHeaderTable(), 0x20);
-    expectRoom();
-    segmentOf(0, 0, 1);
-    expectNoRoom(clashOf("Segment #0 and program header table"));
-}
-
-TEST_F(LayoutGrowthTest, TheProgramHeadersOutgrowTheirSegment) {
-    Segment* const table = segmentOf(0x1080, 64, 4);
-    table->setType(PT_PHDR);
-    m_Segment->addContained(table, 0x80);
-    table->addContained(&module().getProgramHeaderTable(), 0);
-    m_Segment->addContained(&module().getProgramHeaderTable(), 0x80);
-    expectRoom();
-    segmentOf(0, 0, 1);
-    expectNoRoom(clashOf("Segment #1 and program header table"));
-}
-
-TEST_F(LayoutGrowthTest, TheSectionHeadersGrowIntoASection) {
-    m_Segment->addContained(&module().getSectionHeaderTable(), 0x80);
-    m_Segment->addContained(sized(4), 0xF8);
-    expectNoRoom(clashOf("Segment #0 and section header table"));
-}
-
-TEST_F(LayoutGrowthTest, TheElfHeaderIsInTheWay) {
-    m_Segment->addContained(&module().getElfHeader(), 0);
-    m_Segment->addContained(sized(4), header - 1);
-    expectNoRoom(clashOf("Segment #0 and ELF header"));
-}
-
-// Blocks have no distances that anybody knows, so the next one moves.
-TEST_F(LayoutGrowthTest, TheNextBlockMoves) {
-    Segment* const next = segmentOf(0x2000, 0x10, 0x1000);
-    ASSERT_TRUE(layOut());
-    EXPECT_EQ(next->getFileOffset(), 0x2000U);
-    m_Segment->setFileSize(0x1010);
-    m_Two->setSize(0xFA8);
-    expectRoom();
-    EXPECT_EQ(next->getFileOffset(), 0x3000U);
-}
-
 // --- Limits
-
-TEST_F(LayoutTest, ANarrowFileEndsBeforeFourGigabytes) {
-    module().setFileName("big.elf");
-    sized(0xFFFFFF00);
-    EXPECT_TRUE(layOut());
-    sized(0x1000);
-    EXPECT_FALSE(layOut());
-    ASSERT_EQ(m_Handler.m_Reports.size(), 1U);
-    EXPECT_EQ(m_Handler.m_Reports[0].message, "I/O error writing file 'big.elf': File too large");
-    module().setClass(ELFCLASS64);
-    EXPECT_TRUE(layOut());
-}
-
-TEST_F(LayoutTest, PlacesDoNotWrap) {
-    module().setClass(ELFCLASS64);
-    sized(UINT64_MAX);
-    EXPECT_FALSE(layOut());
-    module().clear();
-    segmentOf(uint64_t{1} << 62, 0x10, uint64_t{1} << 63);
-    EXPECT_FALSE(layOut());
-}
-
-// The room between parts is written, too. A small file may have as much of it as eight large pages
-// cost; a large one more, by its contents.
-TEST_F(LayoutTest, PaddingHasALimit) {
-    module().setClass(ELFCLASS64);
-    constexpr uint64_t largePage = 2 << 20;
-    for (int i = 0; i < 8; ++i) {
-        segmentOf(0, 0x10, largePage);
-    }
-    ASSERT_TRUE(layOut());
-    EXPECT_EQ(module().getSegment(7)->getFileOffset(), 8 * largePage);
-    module().clear();
-    segmentOf(0x40, 4, uint64_t{1} << 30);
-    EXPECT_FALSE(layOut());
-    ASSERT_EQ(m_Handler.m_Reports.size(), 1U);
-    EXPECT_EQ(m_Handler.m_Reports[0].message, "I/O error writing file: File too large");
-    module().clear();
-    sized(uint64_t{64} << 20)->setFlags(0);
-    Segment* const segment = segmentOf(0x40, 4, uint64_t{1} << 30);
-    EXPECT_TRUE(layOut());
-    EXPECT_EQ(segment->getFileOffset(), (uint64_t{1} << 30) + 0x40);
-}
-
-TEST_F(LayoutTest, SegmentsOfNothingHaveALimit) {
-    module().setClass(ELFCLASS64);
-    Segment* const segment = segmentOf(0, uint64_t{1} << 33, 1);
-    EXPECT_FALSE(layOut());
-    ASSERT_EQ(m_Handler.m_Reports.size(), 1U);
-    EXPECT_EQ(m_Handler.m_Reports[0].message, "I/O error writing file: File too large");
-    segment->setFileSize(uint64_t{16} << 20);
-    EXPECT_TRUE(layOut());
-}
-
-TEST_F(LayoutTest, DistancesHaveALimit) {
-    module().setClass(ELFCLASS64);
-    Segment* const segment = segmentOf(0, 0x10, 1);
-    segment->addContained(sized(4), uint64_t{1} << 62);
-    module().getSection(0)->setFlags(0);
-    EXPECT_FALSE(layOut());
-    ASSERT_EQ(m_Handler.m_Reports.size(), 1U);
-    EXPECT_EQ(m_Handler.m_Reports[0].message, "I/O error writing file: File too large");
-}
 
 // Every segment holds every section.
 TEST_F(LayoutTest, TooManyRelationsAreOutOfMemory) {

@@ -308,6 +308,17 @@ TEST_F(ValidateFreeTest, LoadableSectionsWithoutAPlaceInTheFileAreOutside) {
     expectNothing();
 }
 
+TEST_F(ValidateFreeTest, ZerosWithoutAPlaceInTheFileAreOutside) {
+    Segment* const load = makeImage(0, 0, 0x200);
+    Section* const nowhere = plain(SHF_ALLOC, SHT_NOBITS);
+    plain(SHF_ALLOC, SHT_NOBITS); // nothing
+    nowhere->setSize(8);
+    expectFlaw("loadableSectionOutsideSegment", Severity_Warning,
+               "Loadable section #1 is not contained in a loadable segment");
+    load->addContained(nowhere, 0x100);
+    expectNothing();
+}
+
 TEST_F(ValidateFreeTest, LoadableSectionsHaveOnePlaceInTheirSegment) {
     makeImage(0x100, 0x1000, 0x200);
     Section* const section = placed(SHF_ALLOC, 0x180, 0x1080, 4);

@@ -193,6 +193,21 @@ TEST_P(WriterGrowthTest, ANameThatWasRefusedCanBeSetBack) {
     EXPECT_EQ(writtenBytes(module()), first);
 }
 
+TEST_P(WriterGrowthTest, ASegmentThatWasRefusedCanBeTakenBack) {
+    const std::string first = untouched();
+    for (const uint32_t number : {0U, 2U}) {
+        startModule(true);
+        ASSERT_TRUE(read(m_File));
+        Segment* const added = module().createSegment({.m_Type = PT_NOTE, .m_Alignment = 1});
+        module().setSegmentIndex(added, number);
+        ASSERT_EQ(writtenBytes(module()), "");
+        ManualPruneCriteria criteria;
+        criteria.addSegment(added);
+        module().prune(criteria);
+        EXPECT_EQ(writtenBytes(module()), first) << number;
+    }
+}
+
 // What an update has added can go, what the program has put there cannot.
 TEST_P(WriterGrowthTest, TextsOfTheProgramStay) {
     ASSERT_GT(m_Room, 12U);
@@ -248,6 +263,20 @@ TEST_P(WriterGrowthTest, ASegmentMayEndInTheProgramHeaders) {
     EXPECT_EQ(writtenBytes(module()), "");
 }
 
+TEST_P(WriterGrowthTest, ASegmentMayEndInFewerProgramHeaders) {
+    changeFileSize(0, format().is64 ? 0x58 : 0x44);
+    ASSERT_TRUE(read(m_File));
+    const uint64_t place = module().getProgramHeaderOffset();
+    ManualPruneCriteria criteria;
+    criteria.addSegment(module().getSegment(1));
+    module().prune(criteria);
+    const std::string bytes = writtenBytes(module());
+    EXPECT_EQ(reports(), Reports());
+    ASSERT_TRUE(read(bytes));
+    EXPECT_EQ(module().getSegmentCount(), 1U);
+    EXPECT_EQ(module().getProgramHeaderOffset(), place);
+}
+
 TEST_P(WriterGrowthTest, WhatIsLongerThanItsSegmentDoesNotGrow) {
     changeFileSize(1, 2);
     need(1);
@@ -277,16 +306,23 @@ TEST_P(WriterGrowthTest, AHeaderOfAnotherSizeIsWrittenInThatOfItsClass) {
 
 class WriterNewSectionTest : public ReaderFormatTest {
 protected:
-    // One to be loaded, which is in memory by its address, but in no segment.
-    void addSection() {
+    // One to be loaded, which is in memory by its address, but in no segment. Zeros have no bytes
+    // in the file.
+    Section* addSection(uint32_t type = SHT_PROGBITS) {
         testsupport::ElfBuilder builder(format(), elf::ET_DYN);
         const size_t data = builder.add(
             {.name = ".data", .flags = elf::SHF_ALLOC, .contents = "0123456789", .mapped = true});
         builder.addSegment({.firstSection = 0, .lastSection = data});
-        ASSERT_TRUE(read(builder.bytes()));
-        Section* const added = module().createSection(".new", SHT_PROGBITS, SHF_ALLOC);
-        added->setContents("new", 3);
+        EXPECT_TRUE(read(builder.bytes()));
+        m_Unchanged = writtenBytes(module());
+        Section* const added = module().createSection(".new", type, SHF_ALLOC);
+        if (type == SHT_NOBITS) {
+            added->setSize(3);
+        } else {
+            added->setContents("new", 3);
+        }
         added->setAddress(section(data).getAddress());
+        return added;
     }
     Reports outside() {
         for (const Section* const section : module().getSections()) {
@@ -298,17 +334,45 @@ protected:
         }
         return {};
     }
+    std::string m_Unchanged; // the file without it
 };
 INSTANTIATE_FORMATS(WriterNewSectionTest);
 
 // No loader would ever see it.
 TEST_P(WriterNewSectionTest, ASectionThatIsLoadedWithNoSegmentIsTold) {
-    addSection();
-    EXPECT_EQ(writtenBytes(module()), "");
-    ASSERT_EQ(outside().size(), 1U);
-    EXPECT_EQ(reports(), outside());
-    EXPECT_FALSE(module().validate());
-    EXPECT_EQ(reports(), (Reports{outside().front(), outside().front()}));
+    for (const uint32_t type : {SHT_PROGBITS, SHT_NOBITS}) {
+        startModule();
+        addSection(type);
+        EXPECT_EQ(writtenBytes(module()), "");
+        ASSERT_EQ(outside().size(), 1U);
+        EXPECT_EQ(reports(), outside());
+        EXPECT_FALSE(module().validate());
+        EXPECT_EQ(reports(), (Reports{outside().front(), outside().front()}));
+    }
+}
+
+TEST_P(WriterNewSectionTest, ItCanBeTakenBack) {
+    for (const uint32_t type : {SHT_PROGBITS, SHT_NOBITS}) {
+        startModule();
+        const Section* const added = addSection(type);
+        ASSERT_EQ(writtenBytes(module()), "");
+        ManualPruneCriteria criteria;
+        criteria.addSection(added);
+        module().prune(criteria);
+        ASSERT_NE(m_Unchanged, "");
+        EXPECT_EQ(writtenBytes(module()), m_Unchanged);
+    }
+}
+
+TEST_P(WriterNewSectionTest, ASegmentMayHoldZerosThatAreNew) {
+    Section* const added = addSection(SHT_NOBITS);
+    Segment& segment = *module().getSegment(0);
+    segment.addContained(added, segment.getFileSize());
+    added->setAddress(segment.getVirtualAddress() + segment.getFileSize());
+    segment.setMemorySize(segment.getFileSize() + 3);
+    EXPECT_NE(writtenBytes(module()), "");
+    EXPECT_TRUE(module().validate());
+    EXPECT_EQ(reports(), Reports());
 }
 
 TEST_P(WriterNewSectionTest, ItIsWrittenForAProgramThatKnowsBetter) {

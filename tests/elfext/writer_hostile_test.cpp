@@ -23,12 +23,12 @@ public:
 class WriterHostileTest : public ReaderFormatTest {
 protected:
     // No file that is written is much larger than the one that was read, whatever addresses and
-    // alignments that tells: twice its size for tables that are made anew, and what may be left
-    // free.
+    // alignments that tells: by twice its size for tables that are made anew, and by what may be
+    // left free.
     static uint64_t greatestSize(const std::string& bytes) {
         constexpr uint64_t freeBytes = 16 << 20;
         constexpr uint64_t freePerByte = 16;
-        return freeBytes + (1 + freePerByte) * 2 * bytes.size();
+        return bytes.size() + freeBytes + (1 + freePerByte) * 2 * bytes.size();
     }
 };
 
