@@ -13,11 +13,13 @@
 #include <string>
 
 #include "alloclib/interface/default_region.h"
+#include "elfext/interface/dynamic_records.h"
 #include "elfext/interface/elf_object_module_reader.h"
 #include "elfext/interface/elf_object_module_writer.h"
 #include "elfext/interface/error_handler.h"
 #include "elfext/interface/object_module.h"
 #include "elfext/interface/prune_criteria.h"
+#include "elfext/interface/relocation.h"
 #include "tests/support/module_walk.h"
 
 namespace {
@@ -86,24 +88,57 @@ void writeAndRead(elfext::ObjectModule& module, bool isSound) {
     }
 }
 
+void addLibraries(elfext::ObjectModule& module, elfext::ManualPruneCriteria& added) {
+    for (const size_t length : {size_t{1}, size_t{64}, size_t{4096}}) {
+        added.addNeededLibrary(module.addNeededLibrary(std::string(length, 'n').c_str()));
+    }
+}
+
+void addPreemptions(elfext::ObjectModule& module, elfext::ManualPruneCriteria& added) {
+    for (const char* const name : {"f", "g"}) {
+        elfext::Preemption* const preemption = module.addPreemption(name, "n");
+        preemption->addPreemptedDll("n");
+        added.addPreemption(preemption);
+    }
+}
+
+// One more like the first of each section that has any for the loader.
+void addRelocations(elfext::ObjectModule& module, elfext::ManualPruneCriteria& added) {
+    for (elfext::Section* const section : module.getSections()) {
+        if (section->getDynamicRelocationSections().getSize() == 0 ||
+            section->getRelocations().getSize() == 0) {
+            continue;
+        }
+        const elfext::Relocation& first = *section->getRelocations()[0];
+        elfext::Section::RelocationAsRead relocation;
+        relocation.m_Type = first.getType();
+        relocation.m_TableNumber = first.getTableNumber();
+        relocation.m_HasAddend = first.hasAddend();
+        relocation.m_IsDynamic = first.isDynamic();
+        section->addRelocationAsRead(relocation);
+        added.addRelocation(section->getRelocations()[section->getRelocations().getSize() - 1]);
+    }
+    module.markChanged();
+}
+
 // Gives a module that could be written more texts and entries than a loaded image has room for,
 // and takes them back. Then it can be written again.
 void growAndShrink(elfext::ObjectModule& module) {
     std::unique_ptr<uint8_t[]> image;
     uint64_t size = 0;
-    if (module.getDynamicSections().getSize() == 0 ||
-        !elfext::writeElfBuffer(&module, &image, &size)) {
-        return;
-    }
-    elfext::ManualPruneCriteria added;
-    for (const size_t length : {size_t{1}, size_t{64}, size_t{4096}}) {
-        added.addNeededLibrary(module.addNeededLibrary(std::string(length, 'n').c_str()));
-    }
-    const bool isRefused = !elfext::writeElfBuffer(&module, &image, &size);
-    module.prune(added);
-    if (isRefused && !elfext::writeElfBuffer(&module, &image, &size)) {
-        std::fprintf(stderr, "what was written cannot be written again\n");
-        std::abort();
+    for (const auto add : {addLibraries, addPreemptions, addRelocations}) {
+        if (module.getDynamicSections().getSize() == 0 ||
+            !elfext::writeElfBuffer(&module, &image, &size)) {
+            return;
+        }
+        elfext::ManualPruneCriteria added;
+        add(module, added);
+        const bool isRefused = !elfext::writeElfBuffer(&module, &image, &size);
+        module.prune(added);
+        if (isRefused && !elfext::writeElfBuffer(&module, &image, &size)) {
+            std::fprintf(stderr, "what was written cannot be written again\n");
+            std::abort();
+        }
     }
 }
 

@@ -10,11 +10,17 @@
 // A process writes one file at a time: no other thread may write meanwhile, nor may a handler that
 // is called by a write.
 //
+// Changes can be taken back, whether or not a write has refused them in between: tables are made
+// from what was read or written last. What stays is the order that sections and symbols have got on
+// the way, and with that of dynamic symbols their second hash table.
+//
 // What the model holds is written. Of a file that was read, the model does not hold
 //  - bytes in front of, between and behind sections, segments and tables of headers;
 //  - the last seven bytes of `e_ident`; the second form of files is written as the plain one;
 //  - the sizes of headers and entries where they are not those of the class;
 //  - what entry 0 of a symbol table says, and whatever the reader reported and left out;
+//  - entries of the dynamic section whose text cannot be read (DT_NEEDED, DT_SONAME, DT_RPATH and
+//    DT_RUNPATH), which the reader leaves out without a word;
 //  - what numbers of symbols and sections in contents stand for, where the library does not know
 //    their type, as in lists of symbols whose addresses matter (`.llvm_addrsig`): they stay what
 //    they are when symbols or sections go or change places, so that such sections have to go too;

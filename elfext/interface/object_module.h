@@ -45,6 +45,7 @@ class Preemption;
 class PruneCriteria;
 class RawDataBlock;
 class ReferenceCountedFile;
+struct SettledDynamicSection;
 
 // What a reader finds out about a file beyond its objects: the bits of `getProperties`.
 enum ModuleProperty : uint32_t {
@@ -400,13 +401,15 @@ public:
     // indexes that served a table and serve none now. A table in use stays the object that it is,
     // since links, segments and the program itself may refer to it. One that lies in a segment
     // keeps its place, and its texts theirs. Local symbols move in front of the others. Where a
-    // group or a table had to be made, the order of sections is settled as well.
+    // group or a table had to be made, the order of sections is settled as well. A table that was
+    // made goes again once nothing needs it, unless the program has put it into a segment or at an
+    // address.
     //
     // Of what dynamic files have beside these:
     //  - the second hash table (SHT_GNU_HASH) is made anew if it does not fit the dynamic symbols
     //    any more, and they are put into the order that it needs;
-    //  - tags of the dynamic section that tell of a table follow it, and go with it; those that
-    //    nothing in the model or among its sections stands behind stay;
+    //  - tags of the dynamic section that tell of a table follow it, and go with it unless another
+    //    takes its place; those that nothing in the model or its sections stands behind stay;
     //  - notes that tell the segments of sections are made anew if they are wrong.
     //
     // An attributes section that the reader could make nothing of keeps its bytes, unless the
@@ -573,6 +576,7 @@ private:
     SectionArray m_BuildAttributesSections;
     // What was in memory and is removed: by addresses. The dynamic section may tell of it.
     fast_array<Range> m_RemovedMemory;
+    std::unique_ptr<SettledDynamicSection> m_SettledDynamic; // null for none
     bool m_AuxiliarySectionsUpToDate = false;
     bool m_SymbolListsSorted = true;
     SymbolArray m_SymbolsSortedByAddress;

@@ -19,6 +19,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <optional>
 
 namespace elfext {
 
@@ -152,19 +153,21 @@ public:
     void setContents(const void* bytes, uint64_t size);
     // From now on the bytes are held elsewhere; see `Buffer::setExternalData`.
     void setExternalContents(ExternalDataFunction function, void* context, uint64_t size);
-    // What the last update of the auxiliary sections has added to the contents, as long as layout
-    // has given them no place. Layout may refuse them, so the next update starts without it.
-    struct Unsettled {
-        uint64_t m_Growth = 0; // bytes that the contents have become longer by
-        uint64_t m_Added = 0;  // bytes at the end of what is in use of them
-    };
-    const Unsettled& getUnsettled() const { return m_Unsettled; }
-    void setUnsettled(const Unsettled& unsettled) { m_Unsettled = unsettled; }
+    // Contents that an update of the auxiliary sections has made are not settled until layout gives
+    // them a place. It may refuse them, so the next update starts from what was settled.
+    bool areContentsSettled() const { return !m_UnsettledGrowth.has_value(); }
+    // The contents are an update's, and longer than the settled ones by so many bytes.
+    void setUnsettled(uint64_t growth) { m_UnsettledGrowth = growth; }
+    uint64_t getUnsettledGrowth() const { return m_UnsettledGrowth.value_or(0); }
     // The size of the contents, which are not deferred, without that growth.
     uint64_t getSettledContentsSize() const {
         const uint64_t size = getLoadedContents().getSize();
-        return size - std::min(size, m_Unsettled.m_Growth);
+        return size - std::min(size, getUnsettledGrowth());
     }
+    // True for a section that an update has made, since something needed it. It goes again once
+    // nothing does, unless the program has given it a place in memory.
+    bool isMadeByUpdate() const { return m_IsMadeByUpdate; }
+    void setIsMadeByUpdate(bool isMade) { m_IsMadeByUpdate = isMade; }
     bool hasExternalContents() const { return m_HasExternalContents; }
 
     bool isContentsDeferred() const { return m_DeferredContents != nullptr; }
@@ -276,6 +279,7 @@ private:
     bool m_IsRelocatable;
     bool m_FileOffsetKnown = false;
     bool m_HasExternalContents = false;
+    bool m_IsMadeByUpdate = false;
     bool m_HostedSymbolListsSorted = true;
     bool m_RelocationsSorted = true;
     const char* m_Name; // in the object region or in the image
@@ -292,7 +296,7 @@ private:
     uint32_t m_NameOffset = 0;
     mutable uint32_t m_Index = 0;
     uint64_t m_FileOffset = 0;
-    Unsettled m_Unsettled;
+    std::optional<uint64_t> m_UnsettledGrowth;
     Buffer m_Contents;
     Segment* m_Segment = nullptr;
     Group* m_Group = nullptr;

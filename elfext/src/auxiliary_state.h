@@ -5,7 +5,6 @@
 #include "elfext/interface/object_module.h"
 #include "elfext/src/file_layout.h"
 #include "elfext/src/record_bytes.h"
-#include "elfext/src/relocation_tags.h"
 #include "elfext/src/string_table_builder.h"
 
 #include <algorithm>
@@ -37,6 +36,8 @@ inline StringTableSection* linkedStrings(const Section* section) {
                                                             : nullptr;
 }
 
+struct SettledDynamicSection;
+
 class AuxiliaryState {
 public:
     explicit AuxiliaryState(ObjectModule& objectModule)
@@ -59,8 +60,8 @@ public:
     DynamicSection* m_Dynamic = nullptr;
     Section* m_GnuHash = nullptr;
     BuildAttributesSection* m_Attributes = nullptr;
-    RelocationTags m_RelocationTags;
-    std::vector<Range> m_RemovedMemory; // of sections that were in memory, ascending, disjoint
+    SettledDynamicSection* m_Settled = nullptr; // of m_Dynamic, and null with it
+    std::vector<Range> m_RemovedMemory;         // where no section is any more, ascending, disjoint
 
     RecordBytes makeBytes() const { return {m_Is64, m_IsLittleEndian}; }
 
@@ -69,7 +70,8 @@ public:
         return (section.getFlags() & SHF_ALLOC) != 0 && m_Module.getSegmentCount() != 0;
     }
 
-    // True if a section has been removed that took up any of these `size` bytes of memory.
+    // True if a section has been removed that took up any of these `size` bytes of memory, and none
+    // has taken its place.
     bool wasRemoved(uint64_t address, uint64_t size) const {
         const auto next = std::upper_bound(
             m_RemovedMemory.begin(), m_RemovedMemory.end(), address,
@@ -109,6 +111,9 @@ bool isPltOrGot(const Section& section);
 
 // Removes the auxiliary sections that are not in use, once the tables in use are known.
 void removeStraySections(AuxiliaryState& state);
+// Removes the tables that an earlier update has made and that nothing needs any more. Those in use
+// have to be found again.
+void removeUnneededTables(AuxiliaryState& state);
 
 // --- The steps. Texts are added before any table is filled, and all tables are filled at the end.
 

@@ -7,7 +7,10 @@
 #include "elfext/src/auxiliary_state.h"
 
 #include "elfext/interface/relocation.h"
+#include "elfext/src/dynamic_entries.h"
 #include "elfext/src/memory_guard.h"
+#include "elfext/src/removed_memory.h"
+#include "elfext/src/table_needs.h"
 
 #include <algorithm>
 #include <cstring>
@@ -28,7 +31,7 @@ void AuxiliaryState::setContents(Section& section, const void* bytes, uint64_t s
     const uint64_t settled = section.getSettledContentsSize();
     section.setContents(size != 0 ? bytes : "", size);
     const uint64_t growth = size - std::min(size, settled);
-    section.setUnsettled({growth, growth});
+    section.setUnsettled(growth);
     if (isOtherSize && !isPlaced(section)) {
         section.forgetFileOffset();
     }
@@ -69,8 +72,11 @@ public:
     void run() {
         loadRelocations();
         findTables();
+        settleDynamic(m_State, m_Module.m_SettledDynamic);
         removeStraySections(m_State);
-        noteRemoved();
+        removeUnneededTables(m_State);
+        findTables();
+        m_State.m_RemovedMemory = findFreeMemory(m_Module.m_RemovedMemory, m_Module.m_Sections);
         makeTables();
         settleSignatures();
         putLocalsFirst(m_Module.m_Symbols);
@@ -80,7 +86,7 @@ public:
         }
         numberSignatures();
         if (m_IsOrderOpen) {
-            m_Module.imposeSectionOrder();
+            orderSections();
         }
         startTexts();
         addTexts();
@@ -98,12 +104,15 @@ private:
 
     // --- What is there
 
+    // Asked again when some of the tables have gone.
     void findTables() {
         m_State.m_Symtab = firstOf<SymbolTableSection>(m_Module.m_SymtabSections);
         m_State.m_Dynsym = firstOf<SymbolTableSection>(m_Module.m_DynsymSections);
         m_State.m_Dynamic = firstOf<DynamicSection>(m_Module.m_DynamicSections);
         m_State.m_SectionNames = m_Module.getSectionNameTable();
         m_State.m_SymbolNames = linkedStrings(m_State.m_Symtab);
+        m_State.m_DynamicNames = nullptr;
+        m_State.m_GnuHash = nullptr;
         for (const Section* const user : {static_cast<const Section*>(m_State.m_Dynsym),
                                           static_cast<const Section*>(m_State.m_Dynamic),
                                           firstOf<const Section>(m_Module.m_PreemptionMapSections),
@@ -121,16 +130,6 @@ private:
             }
         }
         m_State.m_Attributes = findAttributesSection(m_Module);
-        if (m_State.m_Dynamic != nullptr) {
-            m_State.m_RelocationTags.note(m_State);
-        }
-    }
-
-    // Tags of the dynamic section tell of what was in memory.
-    void noteRemoved() {
-        normaliseRanges(m_Module.m_RemovedMemory);
-        m_State.m_RemovedMemory.assign(m_Module.m_RemovedMemory.begin(),
-                                       m_Module.m_RemovedMemory.end());
     }
 
     // --- What is missing
@@ -157,6 +156,7 @@ private:
 
     template <typename Kind>
     Kind* made(Kind* section) {
+        section->setIsMadeByUpdate(true);
         section->setAlignment(m_State.m_Sizes.address);
         m_IsOrderOpen = true;
         return section;
@@ -168,13 +168,7 @@ private:
     }
 
     void makeStaticSymbols() {
-        const bool isNeeded =
-            m_Module.m_Symbols.getSize() != 0 || m_Module.m_Groups.getSize() != 0 ||
-            std::any_of(m_Module.m_Sections.begin(), m_Module.m_Sections.end(),
-                        [](const Section* section) {
-                            return section->getRelocationSections().getSize() != 0;
-                        });
-        if (m_State.m_Symtab == nullptr && isNeeded) {
+        if (m_State.m_Symtab == nullptr && needsStaticSymbols(m_Module)) {
             m_State.m_Symtab = made(m_Module.createSymbolTableSection(SHT_SYMTAB, ".symtab"));
             TOMEX_CHECK_TEXT(m_Module.m_SymtabSections.getSize() == 1,
                              "m_SymtabSections.getSize() == 1");
@@ -210,16 +204,15 @@ private:
     }
 
     void makeDynamicTables() {
-        const bool hasRecords = hasDynamicRecords(m_Module);
-        const bool hasSymbols = m_Module.m_DynamicSymbols.getSize() != 0;
-        if (m_State.m_Dynsym == nullptr && (hasSymbols || hasDynamicRelocations())) {
+        if (m_State.m_Dynsym == nullptr && needsDynamicSymbols(m_Module)) {
             m_State.m_Dynsym =
                 madeForLoading(m_Module.createSymbolTableSection(SHT_DYNSYM, ".dynsym"));
             m_State.m_Dynsym->setHashSection(madeForLoading(m_Module.createHashSection()));
         }
-        if (m_State.m_Dynamic == nullptr && (hasRecords || hasSymbols)) {
+        if (m_State.m_Dynamic == nullptr && needsDynamicSection(m_Module)) {
             m_State.m_Dynamic = madeForLoading(m_Module.createDynamicSection());
             m_State.m_Dynamic->setFlags(SHF_ALLOC | SHF_WRITE);
+            settleDynamic(m_State, m_Module.m_SettledDynamic);
         }
         if (m_Module.m_Preemptions.getSize() != 0 &&
             m_Module.m_PreemptionMapSections.getSize() == 0 && tellsPreemptionMap(m_State)) {
@@ -252,17 +245,6 @@ private:
         }
     }
 
-    bool hasDynamicRelocations() const {
-        for (Section* const section : m_Module.m_Sections) {
-            for (const Relocation* const relocation : section->getRelocations()) {
-                if (relocation->isDynamic()) {
-                    return true;
-                }
-            }
-        }
-        return false;
-    }
-
     void makeRelocationTables() {
         const uint32_t count = m_Module.getSectionCount(); // the new ones are not relocated
         for (uint32_t i = 0; i < count; ++i) {
@@ -274,6 +256,15 @@ private:
                         makeRelocationTable(m_State, target, first.isDynamic(), first.hasAddend()));
                 }
             }
+        }
+    }
+
+    // The null section is made where there is none.
+    void orderSections() {
+        const uint32_t count = m_Module.getSectionCount();
+        m_Module.imposeSectionOrder();
+        if (m_Module.getSectionCount() != count) {
+            m_Module.getSection(0)->setIsMadeByUpdate(true);
         }
     }
 

@@ -1,9 +1,9 @@
 // Makes the entries of the dynamic section.
 //
-// The model holds a part of what such a section can say. So the entries that are there are gone
+// The model holds a part of what such a section can say. So the entries that are settled are gone
 // over in order: those that the model speaks of are taken from it, those that tell places and sizes
 // of tables from the tables, and all others stay. What the model holds beyond that follows at the
-// end. A new section tells everything.
+// end, and what is to be told of tables that an update has made. A new section tells everything.
 #include "elfext/src/auxiliary_state.h"
 
 #include "elfext/interface/dynamic_records.h"
@@ -55,22 +55,22 @@ const Section* firstSection(const ObjectModule::SectionArray& sections) {
 class DynamicEntries {
 public:
     explicit DynamicEntries(AuxiliaryState& state)
-        : m_State(state), m_Module(state.m_Module), m_Old(readDynamicEntries(state, m_SlotCount)) {
+        : m_State(state), m_Module(state.m_Module), m_Settled(*state.m_Settled) {
         gatherTexts();
         gatherValues();
     }
 
     // All entries up to the one that ends the section.
     const std::vector<DynamicEntry>& make() {
-        for (const DynamicEntry& entry : m_Old) {
+        for (const DynamicEntry& entry : m_Settled.entries) {
             m_OldFlagTags |= flagOf(entry.tag);
             noteGone(entry);
         }
-        if (m_Old.empty()) {
+        if (m_Settled.isNew()) {
             noteGoneValues();
         }
         settleGone();
-        for (const DynamicEntry& entry : m_Old) {
+        for (const DynamicEntry& entry : m_Settled.entries) {
             keepEntry(entry);
         }
         m_KeptCount = m_Entries.size();
@@ -79,12 +79,12 @@ public:
     }
 
     // How many entries the section had, the ending ones included.
-    uint64_t slotCount() const { return m_SlotCount; }
+    uint64_t slotCount() const { return m_Settled.slotCount; }
     // True if they need one that ends them: a file that had none, and gets nothing more, has not
     // outgrown its place.
-    bool needsEnd() const { return m_Old.size() < m_SlotCount || addedCount() != 0; }
-    // How many of those that have been made were not there.
-    uint64_t addedCount() const { return m_Entries.size() - m_KeptCount; }
+    bool needsEnd() const {
+        return m_Settled.entries.size() < m_Settled.slotCount || m_Entries.size() != m_KeptCount;
+    }
 
 private:
     // --- What the model has
@@ -106,13 +106,19 @@ private:
         m_Texts[DT_NEEDED];
     }
 
+    // True if there is an address to tell.
+    bool hasPlace(const Section& section) const {
+        return section.getAddress() != 0 || !m_State.isPlaced(section);
+    }
+
     // Values that follow from tables. A new section has a place for each of them.
     void gatherValues() {
         const auto setAddress = [this](uint32_t tag, const Section* section) {
-            const bool hasPlace =
-                section != nullptr && (section->getAddress() != 0 || !m_State.isPlaced(*section));
-            if (hasPlace) {
+            if (section != nullptr && hasPlace(*section)) {
                 m_Values[tag] = section->getAddress();
+                if (section->isMadeByUpdate()) {
+                    addToBeTold(tag);
+                }
             }
         };
         const Section* const texts = m_State.dynamicSectionTexts();
@@ -138,6 +144,15 @@ private:
         }
         if (!isPreemptionMapFileOffset(m_Module)) {
             setAddress(DT_QEL_PREEMPTMAP, firstSection(m_Module.getPreemptionMapSections()));
+        }
+    }
+
+    // With the tags that go with it.
+    void addToBeTold(uint32_t addressTag) {
+        for (const PlaceTags& tags : placeTags) {
+            if (tags.addressTag == addressTag) {
+                m_ToBeTold.insert({tags.addressTag, tags.countTag, tags.formTag});
+            }
         }
     }
 
@@ -190,7 +205,8 @@ private:
         return m_State.wasRemoved(entry.value, 1);
     }
 
-    // What the module holds of it goes too, or the next update would tell of it again.
+    // What the module holds of it goes too, or the next update would tell of it again: what has
+    // been removed does not come back.
     void settleGone() {
         const bool areVersionsGone =
             std::any_of(std::begin(versionTags), std::end(versionTags),
@@ -203,13 +219,15 @@ private:
                 (m_Module.*row.set)(std::nullopt);
             }
         }
+        const auto isGone = [this](const DynamicEntry& entry) {
+            return m_Gone.count(static_cast<uint32_t>(entry.tag)) != 0;
+        };
+        std::vector<DynamicEntry>& entries = m_Settled.entries;
+        entries.erase(std::remove_if(entries.begin(), entries.end(), isGone), entries.end());
     }
 
     void keepEntry(const DynamicEntry& entry) {
         const auto tag = static_cast<uint32_t>(entry.tag);
-        if (m_Gone.count(tag) != 0) {
-            return;
-        }
         if (const auto texts = m_Texts.find(tag); texts != m_Texts.end()) {
             takeText(tag, texts->second);
         } else if (const ValueTag* const value = valueTagOf(tag); value != nullptr) {
@@ -223,7 +241,7 @@ private:
         } else if (const auto place = m_Values.find(tag); place != m_Values.end()) {
             m_Entries.push_back({entry.tag, place->second, nullptr});
         } else if (const std::optional<uint64_t> kept =
-                       m_State.m_RelocationTags.valueOf(tag, entry.value);
+                       m_Settled.relocationTags.valueOf(tag, entry.value);
                    kept.has_value()) {
             m_Entries.push_back({entry.tag, *kept, nullptr});
         }
@@ -271,9 +289,10 @@ private:
             }
         }
         addFlags();
-        const bool isNew = m_Old.empty();
         for (const auto& [tag, value] : m_Values) {
-            if ((isNew || tag == DT_QEL_PREEMPTMAP) && !m_Seen[tag]) {
+            const bool isToBeTold =
+                m_Settled.isNew() || tag == DT_QEL_PREEMPTMAP || m_ToBeTold.count(tag) != 0;
+            if (isToBeTold && !m_Seen[tag]) {
                 m_Entries.push_back({tag, value, nullptr});
             }
         }
@@ -281,14 +300,13 @@ private:
             firstSection(m_Module.getPreemptionMapSections()) != nullptr) {
             m_Entries.push_back({DT_QEL_PREEMPTMAP, 0, nullptr}); // layout knows better
         }
-        if (isNew) {
-            addRelocationTables();
-        }
+        addRelocationTables();
     }
 
     void addFlags() {
         const uint32_t missing = m_Module.getDynamicFlags() & ~m_OldFlagTags;
-        if (!m_Seen[DT_FLAGS] && (missing != 0 || (m_Module.hasDynamicFlags() && m_Old.empty()))) {
+        if (!m_Seen[DT_FLAGS] &&
+            (missing != 0 || (m_Module.hasDynamicFlags() && m_Settled.isNew()))) {
             m_Entries.push_back({DT_FLAGS, missing, nullptr});
         }
     }
@@ -298,7 +316,8 @@ private:
         std::map<uint32_t, const RelocationSection*> tables; // by the tag of the address
         for (const Section* const section : m_Module.getSections()) {
             const RelocationSection* const table = section->asRelocationSection();
-            if (table != nullptr && table->isDynamic()) {
+            if (table != nullptr && table->isDynamic() &&
+                (m_Settled.isNew() || (table->isMadeByUpdate() && hasPlace(*table)))) {
                 const bool isPlt = table->getTarget() != nullptr && isPltOrGot(*table->getTarget());
                 const uint32_t tag = isPlt ? DT_JMPREL : table->hasAddends() ? DT_RELA : DT_REL;
                 tables.try_emplace(tag, table);
@@ -306,7 +325,7 @@ private:
         }
         for (const RelocationTagGroup& tags : relocationTagGroups) {
             const auto place = tables.find(tags.address);
-            if (place == tables.end()) {
+            if (place == tables.end() || m_Seen[tags.address]) {
                 continue;
             }
             const RelocationSection& table = *place->second;
@@ -321,40 +340,19 @@ private:
 
     AuxiliaryState& m_State;
     ObjectModule& m_Module;
-    uint64_t m_SlotCount = 0;
+    SettledDynamicSection& m_Settled;
     size_t m_KeptCount = 0; // of the entries that are there
-    std::vector<DynamicEntry> m_Old;
     std::vector<DynamicEntry> m_Entries;
     std::map<uint32_t, std::vector<const char*>> m_Texts;
     std::map<uint32_t, size_t> m_TextsTaken;
     std::map<uint32_t, uint64_t> m_Values;
     std::map<uint32_t, bool> m_Seen;
-    std::set<uint32_t> m_Gone;  // tags of what has been removed
-    uint32_t m_OldFlagTags = 0; // the flags that have entries of their own
+    std::set<uint32_t> m_ToBeTold; // tags of tables that an update has made
+    std::set<uint32_t> m_Gone;     // tags of what has been removed
+    uint32_t m_OldFlagTags = 0;    // the flags that have entries of their own
 };
 
 } // namespace
-
-// What an update has added is made again if it is still wanted.
-std::vector<DynamicEntry> readDynamicEntries(const AuxiliaryState& state, uint64_t& slotCount) {
-    std::vector<DynamicEntry> entries;
-    const Buffer& bytes = std::as_const(*state.m_Dynamic).getLoadedContents();
-    const uint64_t entrySize = state.m_Sizes.dynamicEntry;
-    slotCount = state.m_Dynamic->getSettledContentsSize() / entrySize;
-    withLayout(state.m_Is64, state.m_IsLittleEndian, [&](auto layout) {
-        for (uint64_t i = 0; i < bytes.getSize() / entrySize; ++i) {
-            const uint8_t* const entry = bytes.getData() + i * entrySize;
-            const uint64_t tag = layout.address(entry);
-            if (static_cast<uint32_t>(tag) == DT_NULL) {
-                return;
-            }
-            entries.push_back({tag, layout.address(entry + layout.sizes.address), nullptr});
-        }
-    });
-    const uint64_t added = state.m_Dynamic->getUnsettled().m_Added / entrySize;
-    entries.resize(entries.size() - std::min<size_t>(entries.size(), added));
-    return entries;
-}
 
 bool isPreemptionMapFileOffset(const ObjectModule& objectModule) {
     return objectModule.getMachine() == EM_QEL && objectModule.getOsAbi() == ELFOSABI_QEL;
@@ -371,12 +369,11 @@ bool hasDynamicRecords(const ObjectModule& objectModule) {
 
 // A map that was found in a section of another type stays where it is.
 bool tellsPreemptionMap(AuxiliaryState& state) {
-    uint64_t slotCount = 0;
     if (state.m_Dynamic == nullptr) {
         return false;
     }
     const bool isAddress = !isPreemptionMapFileOffset(state.m_Module);
-    const std::vector<DynamicEntry> entries = readDynamicEntries(state, slotCount);
+    const std::vector<DynamicEntry>& entries = state.m_Settled->entries;
     return std::none_of(entries.begin(), entries.end(),
                         [&state, isAddress](const DynamicEntry& entry) {
                             return entry.tag == DT_QEL_PREEMPTMAP &&
@@ -416,7 +413,7 @@ void fillDynamic(AuxiliaryState& state) {
     }
     StringTableSection* const table = state.dynamicSectionTexts();
     const StringTableBuilder& texts = state.textsOf(table);
-    state.m_RelocationTags.settle(state);
+    state.m_Settled->relocationTags.settle(state);
     DynamicEntries entries(state);
     RecordBytes bytes = state.makeBytes();
     for (const DynamicEntry& entry : entries.make()) {
@@ -427,8 +424,6 @@ void fillDynamic(AuxiliaryState& state) {
     const uint64_t endSize = entries.needsEnd() || bytes.size() == 0 ? entrySize : 0;
     bytes.resize(std::max(bytes.size() + endSize, entries.slotCount() * entrySize));
     state.setTable(*state.m_Dynamic, bytes, entrySize);
-    state.m_Dynamic->setUnsettled(
-        {state.m_Dynamic->getUnsettled().m_Growth, entries.addedCount() * entrySize});
     state.m_Dynamic->setLink(table);
 }
 

@@ -203,7 +203,7 @@ void fillPreemptionMap(AuxiliaryState& state) {
     }
     bytes.word(0);
     if (state.isPlaced(section)) {
-        bytes.resize(std::max(bytes.size(), std::as_const(section).getLoadedContents().getSize()));
+        bytes.resize(std::max(bytes.size(), section.getSettledContentsSize()));
     }
     state.setTable(section, bytes, section.getEntrySize());
     section.setLink(state.m_DynamicNames);

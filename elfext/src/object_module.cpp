@@ -4,6 +4,7 @@
 #include "attributes/interface/build_attributes.h"
 #include "elfext/interface/deferred_contents.h"
 #include "elfext/interface/prune_criteria.h"
+#include "elfext/src/dynamic_entries.h"
 #include "elfext/src/low_level.h"
 #include "elfext/src/object_module_make.h"
 
@@ -210,6 +211,7 @@ void ObjectModule::forgetFile() {
     m_DebugOverlayRecords.clear();
     forgetGroupNames();
     m_RemovedMemory.clear();
+    m_SettledDynamic.reset();
     m_ElfHeader.reset();
     m_SectionHeaderTable.reset();
     m_ProgramHeaderTable.reset();

@@ -17,8 +17,7 @@
 #include "elfext/interface/raw_data_block.h"
 #include "elfext/interface/relocation.h"
 #include "elfext/src/memory_guard.h"
-
-#include <algorithm>
+#include "elfext/src/removed_memory.h"
 
 namespace elfext {
 
@@ -150,20 +149,11 @@ private:
     // of one.
     void noteAddresses() {
         for (const Section* const section : m_Module.m_Sections) {
-            if (goes(section, m_Sections) && (section->getFlags() & SHF_ALLOC) != 0 &&
-                takesUpMemory(*section)) {
-                const uint64_t start = section->getAddress();
-                m_Module.m_RemovedMemory.add(
-                    Range(start, start + std::min(section->getSize(), UINT64_MAX - start)));
+            const Range memory = memoryOf(*section);
+            if (memory.getSize() != 0 && goes(section, m_Sections)) {
+                m_Module.m_RemovedMemory.add(memory);
             }
         }
-    }
-
-    // What threads start with in place of zeros of their own has no place besides.
-    static bool takesUpMemory(const Section& section) {
-        const bool isOfThreads =
-            section.getType() == SHT_NOBITS && (section.getFlags() & SHF_TLS) != 0;
-        return section.getAddress() != 0 && section.getSize() != 0 && !isOfThreads;
     }
 
     void cutReferences() {

@@ -26,9 +26,7 @@ std::vector<uint32_t> typesOf(const RelocationSection& table, uint64_t limit) {
 
 } // namespace
 
-void RelocationTags::note(const AuxiliaryState& state) {
-    uint64_t slotCount = 0;
-    const std::vector<DynamicEntry> entries = readDynamicEntries(state, slotCount);
+void RelocationTags::note(const AuxiliaryState& state, const std::vector<DynamicEntry>& entries) {
     const auto valueOfTag = [&entries](uint64_t tag) {
         const auto entry = std::find_if(entries.begin(), entries.end(), [tag](const auto& other) {
             return other.tag == tag && tag != DT_NULL;
@@ -38,10 +36,10 @@ void RelocationTags::note(const AuxiliaryState& state) {
     for (size_t group = 0; group < std::size(relocationTagGroups); ++group) {
         Stretch stretch;
         stretch.group = group;
-        stretch.address = valueOfTag(relocationTagGroups[group].address);
-        stretch.size = valueOfTag(relocationTagGroups[group].size);
-        stretch.count = valueOfTag(relocationTagGroups[group].count);
-        if (stretch.address == 0) {
+        stretch.noted.address = valueOfTag(relocationTagGroups[group].address);
+        stretch.noted.size = valueOfTag(relocationTagGroups[group].size);
+        stretch.noted.count = valueOfTag(relocationTagGroups[group].count);
+        if (stretch.noted.address == 0) {
             continue;
         }
         for (Section* const section : state.m_Module.getSections()) {
@@ -60,14 +58,15 @@ void RelocationTags::note(const AuxiliaryState& state) {
 void RelocationTags::settle(const AuxiliaryState& state) {
     for (Stretch& stretch : m_Stretches) {
         const uint64_t relativeCount = countRelative(stretch);
+        stretch.isCut |=
+            state.wasRemoved(stretch.noted.address, std::max<uint64_t>(stretch.noted.size, 1));
         stretch.hasChanged =
-            relativeCount < stretch.relativeCount ||
-            state.wasRemoved(stretch.address, std::max<uint64_t>(stretch.size, 1)) ||
+            relativeCount < stretch.relativeCount || stretch.isCut ||
             std::any_of(stretch.tables.begin(), stretch.tables.end(), [](const Table& table) {
                 return table.section->isDetached() || table.section->getSize() != table.size;
             });
         if (stretch.hasChanged) {
-            stretch.count = relativeCount;
+            stretch.present.count = relativeCount;
             measure(stretch);
         }
     }
@@ -89,10 +88,10 @@ const RelocationTags::Table* RelocationTags::findFirst(const Stretch& stretch) {
 // many are of the type that the first one had.
 uint64_t RelocationTags::countRelative(const Stretch& stretch) {
     const Table* const first = findFirst(stretch);
-    if (first == nullptr || first->section->getAddress() != stretch.address) {
+    if (first == nullptr || first->section->getAddress() != stretch.noted.address) {
         return 0;
     }
-    const std::vector<uint32_t> types = typesOf(*first->section, stretch.count);
+    const std::vector<uint32_t> types = typesOf(*first->section, stretch.noted.count);
     const auto other = std::find_if(types.begin(), types.end(),
                                     [first](uint32_t type) { return type != first->firstType; });
     return static_cast<uint64_t>(other - types.begin());
@@ -104,12 +103,13 @@ void RelocationTags::measure(Stretch& stretch) {
     if (stretch.isGone) {
         return;
     }
-    stretch.address = first->section->getAddress();
-    stretch.size = 0;
+    Extent& present = stretch.present;
+    present.address = first->section->getAddress();
+    present.size = 0;
     for (const Table& table : stretch.tables) {
         if (!table.section->isDetached() && table.section->getSize() != 0) {
             const uint64_t end = table.section->getAddress() + table.section->getSize();
-            stretch.size = std::max(stretch.size, end - stretch.address);
+            present.size = std::max(present.size, end - present.address);
         }
     }
 }
@@ -125,9 +125,9 @@ std::optional<uint64_t> RelocationTags::valueOf(uint64_t tag, uint64_t value) co
         if (stretch.isGone) {
             return std::nullopt;
         }
-        return tag == tags.address ? stretch.address
-               : tag == tags.size  ? stretch.size
-               : tag == tags.count ? stretch.count
+        return tag == tags.address ? stretch.present.address
+               : tag == tags.size  ? stretch.present.size
+               : tag == tags.count ? stretch.present.count
                                    : value;
     }
     return value;

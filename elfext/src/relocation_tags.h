@@ -17,6 +17,7 @@ namespace elfext {
 
 class AuxiliaryState;
 class RelocationSection;
+struct DynamicEntry;
 
 // The tags that tell of a stretch, DT_NULL for none. The form is the size of a relocation or, for
 // calls between files, the address tag of the kind of relocations.
@@ -34,10 +35,11 @@ inline constexpr RelocationTagGroup relocationTagGroups[] = {
 
 class RelocationTags {
 public:
-    // Takes note of the tables that the tags tell of, before any of them changes. There is a
-    // dynamic section.
-    void note(const AuxiliaryState& state);
-    // Looks at them again, when all relocations have their tables.
+    // Takes note of the tables that the tags among these entries tell of, before any of them
+    // changes.
+    void note(const AuxiliaryState& state, const std::vector<DynamicEntry>& entries);
+    // Looks at them again, when all relocations have their tables. May be called at every update:
+    // what counts is the difference to what was noted.
     void settle(const AuxiliaryState& state);
 
     // What is now the value of a tag that had `value`; nothing if the tag has to go.
@@ -49,18 +51,25 @@ private:
         uint64_t size;
         uint32_t firstType; // that of its first relocation
     };
-    struct Stretch {
-        size_t group = 0; // of tags
+    struct Extent {
         uint64_t address = 0;
         uint64_t size = 0;
-        uint64_t count = 0;         // of relocations at its start, as the tag says
+        uint64_t count = 0; // of relocations at its start
+    };
+    struct Stretch {
+        size_t group = 0;           // of tags
+        Extent noted;               // as the tags say
         uint64_t relativeCount = 0; // as the tables said
         std::vector<Table> tables;
+        bool isCut = false; // a part of its memory has been removed
+        // What the last look has shown.
         bool hasChanged = false;
         bool isGone = false;
+        Extent present;
 
         bool contains(uint64_t place) const {
-            return place == address || (place > address && place - address < size);
+            return place == noted.address ||
+                   (place > noted.address && place - noted.address < noted.size);
         }
     };
 

@@ -151,7 +151,7 @@ void Section::getFileConstraints(uint64_t* congruence, uint64_t* alignment) cons
 void Section::setFileOffset(uint64_t offset) {
     m_FileOffset = offset;
     m_FileOffsetKnown = true;
-    m_Unsettled = {};
+    m_UnsettledGrowth.reset();
 }
 
 DataStructure* Section::createDataStructure(alloclib::Region* region, uint64_t offset) {
@@ -178,7 +178,7 @@ Buffer* Section::getContents() {
 void Section::setContents(const void* bytes, uint64_t size) {
     TOMEX_CHECK(!isContentsDeferred());
     m_HasExternalContents = false;
-    m_Unsettled = {};
+    m_UnsettledGrowth.reset();
     m_Contents.setExternalData(nullptr, nullptr, 0);
     m_Contents.setSize(size);
     m_Contents.writeBytes(0, bytes, size);
@@ -188,7 +188,7 @@ void Section::setContents(const void* bytes, uint64_t size) {
 void Section::setExternalContents(ExternalDataFunction function, void* context, uint64_t size) {
     TOMEX_CHECK(!isContentsDeferred());
     m_HasExternalContents = function != nullptr;
-    m_Unsettled = {};
+    m_UnsettledGrowth.reset();
     m_Contents.setExternalData(function, context, size);
     setSize(size);
 }

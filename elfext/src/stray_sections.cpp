@@ -1,9 +1,11 @@
 // Removes the auxiliary sections that an update has no use for: second tables of a kind where one
-// is in use, tables of what is gone, and string tables that nothing refers to any more. The rest of
-// the module stays as it is, so they go by a prune like any other.
+// is in use, tables of what is gone, string tables that nothing refers to any more, and what an
+// update has made for something that has been taken back. The rest of the module stays as it is, so
+// they go by a prune like any other.
 #include "elfext/src/auxiliary_state.h"
 
 #include "elfext/src/stray_section_criteria.h"
+#include "elfext/src/table_needs.h"
 
 #include <algorithm>
 #include <vector>
@@ -161,10 +163,117 @@ private:
     bool m_HasAny = false;
 };
 
+// What is needed of the types of tables that are made when they are. Others go with these, or for
+// reasons told above.
+struct TableNeed {
+    uint32_t type;
+    bool (*isThere)(ObjectModule& objectModule);
+};
+constexpr TableNeed tableNeeds[] = {
+    {SHT_SYMTAB, needsStaticSymbols},
+    {SHT_DYNSYM, needsDynamicSymbols},
+    {SHT_HASH, needsDynamicSymbols},
+    {SHT_DYNAMIC, needsDynamicSection},
+    {SHT_QEL_ATTRIBUTES, needsAttributesSection},
+    {SHT_QEL_PREEMPTMAP,
+     [](ObjectModule& objectModule) { return objectModule.getPreemptionCount() != 0; }},
+    {SHT_QEL_DEBUGOVERLAY,
+     [](ObjectModule& objectModule) {
+         return objectModule.getDebugOverlayRecords().getSize() != 0;
+     }},
+};
+
+class UnneededTables {
+public:
+    explicit UnneededTables(ObjectModule& objectModule) : m_Module(objectModule) {}
+
+    void remove() {
+        const bool hasAny =
+            std::any_of(m_Module.getSections().begin(), m_Module.getSections().end(), isTheUpdates);
+        if (hasAny) {
+            addTables();
+            addStringTables();
+            addNameTable();
+            addNullSection();
+        }
+        if (m_HasAny) {
+            m_Module.prune(m_Unneeded);
+        }
+    }
+
+private:
+    // One that the program has placed is the program's.
+    static bool isTheUpdates(Section* section) {
+        return section->isMadeByUpdate() && section->getAddress() == 0 &&
+               section->getContainerCount() == 0;
+    }
+    void add(const Section* section) {
+        m_Unneeded.addSection(section);
+        m_HasAny = true;
+    }
+    bool stays(const Section* section) { return !m_Unneeded.matchesSection(section); }
+
+    void addTables() {
+        for (const TableNeed& need : tableNeeds) {
+            const bool isNeeded = need.isThere(m_Module);
+            for (Section* const section : m_Module.getSections()) {
+                if (!isNeeded && section->getType() == need.type && isTheUpdates(section)) {
+                    add(section);
+                }
+            }
+        }
+    }
+
+    void addStringTables() {
+        std::vector<const Section*> linked;
+        for (const Section* const section : m_Module.getSections()) {
+            if (stays(section)) {
+                linked.push_back(section->getLink());
+            }
+        }
+        std::sort(linked.begin(), linked.end());
+        for (Section* const table : m_Module.getStringTableSections()) {
+            if (isTheUpdates(table) && table != m_Module.getSectionNameTable() &&
+                !std::binary_search(linked.begin(), linked.end(), table)) {
+                add(table);
+            }
+        }
+    }
+
+    // The names of sections are needed for other sections.
+    void addNameTable() {
+        Section* const names = m_Module.getSectionNameTable();
+        const auto hasName = [this, names](const Section* section) {
+            return section != names && section->getName() != nullptr && stays(section);
+        };
+        if (names != nullptr && isTheUpdates(names) &&
+            std::none_of(m_Module.getSections().begin(), m_Module.getSections().end(), hasName)) {
+            add(names);
+        }
+    }
+
+    void addNullSection() {
+        Section* const first = m_Module.getSection(0);
+        if (first->getType() == SHT_NULL && isTheUpdates(first) &&
+            std::none_of(m_Module.getSections().begin() + 1, m_Module.getSections().end(),
+                         [this](const Section* section) { return stays(section); })) {
+            add(first);
+        }
+    }
+
+    ObjectModule& m_Module;
+    ManualPruneCriteria m_Unneeded;
+    bool m_HasAny = false;
+};
+
 } // namespace
 
 void removeStraySections(AuxiliaryState& state) {
     StraySections(state).remove();
+}
+
+void removeUnneededTables(AuxiliaryState& state) {
+    UnneededTables(state.m_Module).remove();
 }
 
 } // namespace elfext

@@ -8,6 +8,8 @@
 #include "tests/elfext/model_fixtures.h"
 #include "tests/elfext/round_trip_fixtures.h"
 
+#include <set>
+
 namespace elfext::test {
 namespace {
 
@@ -219,7 +221,7 @@ TEST_F(AuxiliaryTest, ATableThatLosesItsLastRelocationGoes) {
     module().prune(criteria);
     module().updateAuxiliarySections();
     EXPECT_EQ(text->getRelocationSections().getSize(), 0U);
-    EXPECT_EQ(sectionNames(), (Names{"(null)", ".text", ".symtab", ".strtab", ".shstrtab"}));
+    EXPECT_EQ(sectionNames(), (Names{"(null)", ".text", ".shstrtab"}));
 }
 
 TEST_F(AuxiliaryTest, AStringTableOfAProgramsOwnStays) {
@@ -347,6 +349,30 @@ TEST_F(AuxiliaryTest, ANewDynamicSectionTellsEverything) {
     EXPECT_EQ(again.getDynamicFlags(), uint32_t{DF_BIND_NOW});
 }
 
+// Whether the dynamic section has been written in between or not.
+TEST_F(AuxiliaryTest, TablesThatAreMadeLaterAreToldOfAsWell) {
+    const auto tags = [this] {
+        const std::vector<uint32_t> words = wordsOf(find(".dynamic"));
+        std::multiset<uint32_t> found;
+        for (size_t i = 0; words[i] != DT_NULL; i += 2) {
+            found.insert(words[i]);
+        }
+        return found;
+    };
+    module().addNeededLibrary("a");
+    ASSERT_NE(writtenBytes(module()), "");
+    EXPECT_EQ(tags(), (std::multiset<uint32_t>{DT_NEEDED, DT_STRTAB, DT_STRSZ, DT_SYMENT}));
+    module().createDynamicUndefinedSymbol(named("f"));
+    makeSection(".data")->addRelocationWithAddend(0, 1, nullptr, 0)->setIsDynamic(true);
+    for (int i = 0; i < 2; ++i) {
+        ASSERT_NE(writtenBytes(module()), "");
+        EXPECT_EQ(tags(),
+                  (std::multiset<uint32_t>{DT_NEEDED, DT_STRTAB, DT_STRSZ, DT_SYMENT, DT_HASH,
+                                           DT_SYMTAB, DT_RELA, DT_RELASZ, DT_RELAENT}));
+        module().markChanged();
+    }
+}
+
 TEST_F(AuxiliaryTest, ThePreemptionMapOfTheSystemProfileIsToldByItsPlace) {
     module().setOsAbi(ELFOSABI_QEL);
     module().createDynamicSection();
@@ -431,6 +457,17 @@ TEST_P(AuxiliaryReadTest, SymbolsThatAreHiddenStayHidden) {
     const std::string versions = contentsOf(section(rich.versym));
     module().updateAuxiliarySections();
     EXPECT_EQ(contentsOf(section(rich.versym)), versions);
+}
+
+TEST_P(AuxiliaryReadTest, ADynamicSectionThatSaysNothingGoesOnSayingNothing) {
+    testsupport::ElfBuilder builder(format(), elf::ET_DYN);
+    const size_t names = builder.addStringTable(".dynstr");
+    const size_t dynamic =
+        builder.addDynamic(names, {{.tag = elf::DT_NULL}, {.tag = elf::DT_DEBUG}});
+    ASSERT_TRUE(read(builder.bytes()));
+    const uint64_t size = section(dynamic).getSize();
+    module().updateAuxiliarySections();
+    EXPECT_EQ(contentsOf(section(dynamic)), std::string(size, '\0'));
 }
 
 TEST_P(AuxiliaryReadTest, RemovedLibrariesLeaveTheDynamicSection) {

@@ -231,6 +231,20 @@ TEST_P(RelocationTagsTest, ARemovedTableTakesItsTagsAlong) {
     EXPECT_EQ(tagsNow(), stay);
 }
 
+// Not even noted when the tags were first looked at, and not noted later on.
+TEST_P(RelocationTagsTest, TagsOfATableThatWentBeforeDoNotComeBack) {
+    const Section* const table = makeTable(0x1000, {8});
+    const Tags stay = {{DT_DEBUG, 7}};
+    setTags({{DT_RELA, 0x1000}, {DT_RELASZ, entrySize()}, stay[0]});
+    ManualPruneCriteria criteria;
+    criteria.addSection(table);
+    criteria.addRelocation(table->asRelocationSection()->getTarget()->getRelocations()[0]);
+    module().prune(criteria);
+    EXPECT_EQ(tagsNow(), stay);
+    module().markChanged();
+    EXPECT_EQ(tagsNow(), stay);
+}
+
 // --- Other tags of memory that is not there any more
 
 TEST_P(RelocationTagsTest, TagsThatLeadToRemovedMemoryGo) {
