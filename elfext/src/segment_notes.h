@@ -41,6 +41,9 @@ public:
         return index < wordCount() && offset + 4 <= m_Notes.size() ? word(offset) : 0;
     }
 
+    // True if the section has no room for all of it.
+    bool isCut() const { return statedSize() > m_Notes.size(); }
+
     // The bytes of the note, and those behind it.
     std::span<const uint8_t> bytes() const { return m_Notes.first(size()); }
     std::span<const uint8_t> rest() const { return m_Notes.subspan(size()); }
@@ -50,9 +53,9 @@ private:
         return assembleBytes<uint32_t>(m_Notes.data() + offset, m_IsLittleEndian);
     }
     static constexpr uint64_t align4(uint64_t size) { return (size + 3) & ~uint64_t{3}; }
+    uint64_t statedSize() const { return align4(word(0)) + align4(word(4)) + HeaderSize; }
     size_t size() const {
-        const uint64_t size = align4(word(0)) + align4(word(4)) + HeaderSize;
-        return static_cast<size_t>(std::min<uint64_t>(size, m_Notes.size()));
+        return static_cast<size_t>(std::min<uint64_t>(statedSize(), m_Notes.size()));
     }
 
     std::span<const uint8_t> m_Notes;

@@ -1,5 +1,6 @@
 // Writes anew the notes in which the linker says which section went to which segment, where they do
-// not say what the module says. Notes of others stay, and so does a note that is right. One note
+// not say what the module says. Notes of others stay, and so does a note that is right, or one that
+// its section cuts off: made whole it would not fit into an image, now or ever again. One note
 // says it all, so of those that are not right only the first is written anew, if there is no right
 // one in front of it, and the others go: a file of many small notes must not grow by a map for
 // each.
@@ -57,8 +58,8 @@ void fillNotes(AuxiliaryState& state, Section& section, const std::vector<uint32
     bool isStale = false;
     while (notes.size() >= FrontNote::SmallestNotes) {
         const FrontNote note(notes, state.m_IsLittleEndian);
-        const bool isRight =
-            !note.isLinkers() || saysTheSame(note, map, state.m_Module.getSegmentCount());
+        const bool isRight = !note.isLinkers() || note.isCut() ||
+                             saysTheSame(note, map, state.m_Module.getSegmentCount());
         if (isRight) {
             bytes.raw(note.bytes().data(), note.bytes().size());
         } else if (!isTold) {

@@ -131,6 +131,17 @@ TEST_P(SegmentNotesTest, ASectionOfNoSegmentHasANumberThatNoneHas) {
     EXPECT_EQ(segmentOf(*named(again, ".text")), 1);
 }
 
+// Made whole, it would want more room than an image has for it.
+TEST_P(SegmentNotesTest, ANoteThatItsSectionCutsOffStays) {
+    const std::string notes = contentsOf(section(rich.note));
+    const std::string cut = notes.substr(0, notes.size() - 1);
+    setContents(section(rich.note), cut);
+    Section* const note = &section(rich.note);
+    prune({&section(rich.debugLine), &section(rich.exidx)});
+    module().updateAuxiliarySections();
+    EXPECT_EQ(contentsOf(*note), cut);
+}
+
 // One map says it all, however many notes were there to be mended.
 TEST_P(SegmentNotesTest, OneOfManyStaleNotesIsWrittenAnew) {
     const std::string notes = contentsOf(section(rich.note));
