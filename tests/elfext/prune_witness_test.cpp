@@ -75,7 +75,7 @@ protected:
     void SetUp() override {
         ContainerTest::SetUp();
         if (!testsupport::present(compiler) || !testsupport::present(readelf)) {
-            GTEST_SKIP();
+            GTEST_SKIP() << "needs a compiler and readelf";
         }
         folder.write("loader.c", loaderSource);
         expectOutput("cc loader.c -o loader -ldl", "");
